@@ -9,7 +9,9 @@ unsigned int g_NextTextureId = 0;
 
 Texture::Texture() : m_Id(g_NextTextureId++) {}
 
-Texture::Texture(const Texture& other) : Texture() { *this = other; }
+Texture::Texture(const Texture& other) : Texture() {
+    *this = other;
+}
 
 Texture& Texture::operator=(const Texture& other) {
     if (m_Id == other.m_Id) {
@@ -50,4 +52,6 @@ Texture::~Texture() {
     }
 }
 
-unsigned int Texture::NextId() { return g_NextTextureId; }
+unsigned int Texture::NextId() {
+    return g_NextTextureId;
+}

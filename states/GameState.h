@@ -55,4 +55,12 @@ protected:
     // Imports one model file into a new Model appended to m_Models. Until the FBX import
     // lands this makes an empty Model.
     void LoadModelFile(const std::string& url);
+
+private:
+    // The parts of Load that read the state's document.
+    void ReadStateValues();
+    void ReadModels();
+    void ReadActions();
+    // One of the ten movements ("RotateUp" ... "ZoomOut") by action name; others do nothing.
+    void ApplyMovement(const std::string& actionName);
 };

@@ -8,8 +8,8 @@ struct StateAction {
     std::string m_Name;
     int m_StartFrame = 0;
     int m_EndFrame = 0;
-    char m_Trigger = 0;  // first character of "Trigger"; 0 when empty
-    std::string m_Event;  // state to switch to; empty for none
-    int m_StopMoving = 0;  // stored, not acted on
+    char m_Trigger = 0;     // first character of "Trigger"; 0 when empty
+    std::string m_Event;    // state to switch to; empty for none
+    int m_StopMoving = 0;   // stored, not acted on
     std::string m_SoundFX;  // stored, not acted on
 };

@@ -1,0 +1,101 @@
+#include "states/Game.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMNodeList.hpp>
+
+#include "states/Clock.h"
+#include "states/FatalErrorReporter.h"
+#include "states/GameState.h"
+#include "states/MenuState.h"
+#include "states/XmlText.h"
+
+namespace {
+// First character of a value; NUL for an empty one.
+char FirstCharacter(const std::string& text) {
+    return text.empty() ? '\0' : text[0];
+}
+}  // namespace
+
+Game::Game() : Game("./Assets/states.xml") {}
+
+Game::Game(std::string statesFile) : m_StatesFile(std::move(statesFile)) {
+    const int now = ClockMilliseconds();
+    m_TimerLastClock = now;
+    m_TimerCurrentClock = now;
+    m_FrameStartClock = now;
+    m_FrameEndClock = now;
+    LoadStates();
+    std::printf("Finished loading xml.\n");
+}
+
+Game::~Game() {
+    for (auto it = m_States.begin(); it != m_States.end();) {
+        if (it->second != nullptr) {
+            delete it->second;
+            it = m_States.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    // The loader state is not released: it is not in the table and the process ends here.
+    delete m_ErrorHandler;
+    m_ErrorHandler = nullptr;
+    delete m_Parser;  // takes the state table document with it
+    m_Parser = nullptr;
+    m_Data = nullptr;
+    m_DrawList.clear();
+}
+
+void Game::LoadStates() {
+    using xercesc::XercesDOMParser;
+
+    // Earlier parsers and handlers are kept: a reload must not pull the ground from under
+    // anything that still points into the previous table.
+    m_Parser = new XercesDOMParser();
+    m_Parser->setValidationScheme(XercesDOMParser::Val_Always);
+    m_Parser->setDoNamespaces(true);
+    m_ErrorHandler = new FatalErrorReporter(m_StatesFile);
+    m_Parser->setErrorHandler(m_ErrorHandler);
+
+    // A malformed table throws from here, uncaught: the program cannot run without it.
+    m_Parser->parse(m_StatesFile.c_str());
+    m_Data = m_Parser->getDocument();
+    if (m_Data == nullptr) {
+        char message[512];
+        std::snprintf(message, sizeof message, "m_Data is null from file: %s",
+                      m_StatesFile.c_str());
+        return;
+    }
+
+    m_ReturnKey = FirstCharacter(GetTagText(m_Data, "return_action"));
+    const std::string reload = GetTagText(m_Data, "reload_action");
+    m_ReloadKey = reload.empty() ? static_cast<char>(0xFF) : reload[0];
+    m_PauseKey = FirstCharacter(GetTagText(m_Data, "pause_game"));
+
+    const std::string loader = GetTagText(m_Data, "loader");
+    if (!loader.empty()) {
+        m_Loader = new GameState(this, loader);
+    }
+
+    m_Title = GetTagText(m_Data, "Title");
+    m_Viewport.m_Width = std::atoi(GetTagText(m_Data, "Width").c_str());
+    m_Viewport.m_Height = std::atoi(GetTagText(m_Data, "Height").c_str());
+    m_DefaultState = GetTagText(m_Data, "default");
+    m_CurrentState = m_DefaultState;
+
+    const XmlTagName stateTag("state");
+    xercesc::DOMNodeList* states = m_Data->getElementsByTagName(stateTag.Get());
+    for (XMLSize_t i = 0; i < states->getLength(); ++i) {
+        auto* element = static_cast<xercesc::DOMElement*>(states->item(i));
+        const std::string type = GetChildTagText(element, "type");
+        const std::string name = GetChildTagText(element, "name");
+        const std::string resources = GetChildTagText(element, "resources");
+        if (type == "MenuState") {
+            // A state replaced by a later one of the same name is not released.
+            m_States[name] = new MenuState(this, resources);
+        }
+    }
+}
