@@ -71,6 +71,17 @@ FBX_MAKE_ARRAY(float, ValueType::Float32Array)
 FBX_MAKE_ARRAY(double, ValueType::Float64Array)
 #undef FBX_MAKE_ARRAY
 
+Value Value::MakeArrayFromBytes(ValueType type, std::vector<std::uint8_t> bytes) {
+    Value value;
+    const std::size_t size = ElementSize(type);
+    if (size == 0) return value;
+    value.m_Type = type;
+    value.m_Count = bytes.size() / size;
+    bytes.resize(value.m_Count * size);
+    value.m_Bytes = std::move(bytes);
+    return value;
+}
+
 bool Value::IsNumber() const {
     switch (m_Type) {
         case ValueType::Bool:

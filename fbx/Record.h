@@ -36,7 +36,11 @@ enum class ValueType : std::uint8_t {
     Float64Array,
 };
 
-// Records with more than this many values, all numeric, hold them as one array value.
+// Records with more than this many values, all numeric, hold them as one array value:
+// Float64Array when any value is floating point; otherwise Int32Array when every value is a
+// binary 'I', 'Y' or 'C' (or, in ASCII files, every integer fits in 32 bits); else Int64Array.
+// A binary 'C' value holding a printable letter (the 'Y'/'T' of Shading, the key letters of
+// pre-7000 animation) is stored as a Word, as ASCII files write it, so it is not a number.
 constexpr std::size_t kPackThreshold = 4;
 
 // One value of a record: a number, a text, or a typed array.
@@ -52,6 +56,9 @@ public:
     static Value MakeArray(std::vector<std::int64_t> ints);
     static Value MakeArray(std::vector<float> floats);
     static Value MakeArray(std::vector<double> doubles);
+    // An array of the given array type from elements already in host byte order; the byte
+    // count must be a multiple of the element size (any rest is dropped).
+    static Value MakeArrayFromBytes(ValueType type, std::vector<std::uint8_t> bytes);
 
     ValueType Type() const { return m_Type; }
     bool IsNumber() const;  // scalar bool, integer or float
