@@ -12,6 +12,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLException.hpp>
 
+#include "import/SceneImport.h"
 #include "render/Model.h"
 #include "states/Game.h"
 #include "states/StateAction.h"
@@ -152,8 +153,10 @@ void GameState::ReadActions() {
 }
 
 void GameState::LoadModelFile(const std::string& url) {
-    (void)url;  // an empty model until the FBX import fills it from this file
-    m_Models.push_back(new Model());
+    auto* model = new Model();
+    // A file that cannot be read still leaves its (empty) model in the state.
+    ImportModelFile(url, model);
+    m_Models.push_back(model);
 }
 
 void GameState::SubmitModels() {

@@ -52,8 +52,8 @@ public:
     std::map<std::string, Model*> m_NamedModels;
 
 protected:
-    // Imports one model file into a new Model appended to m_Models. Until the FBX import
-    // lands this makes an empty Model.
+    // Imports one model file into a new Model appended to m_Models (empty when the file
+    // cannot be read).
     void LoadModelFile(const std::string& url);
 
 private:

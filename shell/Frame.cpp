@@ -1,0 +1,106 @@
+#include "shell/Frame.h"
+
+#include <GL/freeglut.h>
+#include <GL/gl.h>
+#include <GL/glu.h>
+
+#include <cstdio>
+
+#include "render/Draw.h"
+#include "shell/FrameTimer.h"
+#include "shell/KeyboardInput.h"
+#include "shell/Window.h"
+#include "states/Clock.h"
+#include "states/Game.h"
+#include "states/GameState.h"
+
+bool KeyPressedThisFrame(const Game& game, char key) {
+    const auto code = static_cast<signed char>(key);
+    if (static_cast<unsigned char>(key) == 0xFF || code < 0) {
+        return false;
+    }
+    return game.m_Keyboard.m_KeyState[static_cast<unsigned char>(code)] == kKeyPressed;
+}
+
+void HandleGlobalKeys(Game& game) {
+    if (KeyPressedThisFrame(game, game.m_ReloadKey)) {
+        game.LoadStates();
+    }
+    if (KeyPressedThisFrame(game, game.m_ReturnKey)) {
+        game.m_CurrentState = game.m_DefaultState;
+        for (auto& entry : game.m_States) {
+            if (entry.second != nullptr) {
+                entry.second->Reset();
+            }
+        }
+    }
+}
+
+void UpdateStates(Game& game, int elapsed) {
+    for (auto& entry : game.m_States) {
+        GameState* state = entry.second;
+        if (state == nullptr) {
+            continue;
+        }
+        if (entry.first != game.m_CurrentState) {
+            state->SetVisible(false);
+            continue;
+        }
+        if (state->IsLoaded()) {
+            state->SetVisible(true);
+            state->Update(elapsed);
+            if (game.m_Loader != nullptr) {
+                game.m_Loader->SetVisible(false);
+            }
+        } else {
+            state->SetVisible(false);
+            if (game.m_Loader != nullptr) {
+                game.m_Loader->SetVisible(true);
+            }
+        }
+    }
+}
+
+void DrawFrame(Game& game) {
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    const double aspect = static_cast<double>(game.m_Viewport.m_Width) /
+                          static_cast<double>(game.m_Viewport.m_Height);
+    // The near plane is the single-precision 0.1, widened.
+    gluPerspective(45.0, aspect, static_cast<double>(0.1f), 10000.0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    // No push between models: each is placed relative to the ones drawn before it.
+    for (Model* model : game.m_DrawList) {
+        if (model != nullptr) {
+            DrawModel(*model);
+        }
+    }
+}
+
+void RunFrame() {
+    Game& game = *g_Game;
+    game.m_FrameStartClock = ClockMilliseconds();
+    StepKeyboard(game.m_Keyboard);
+    game.m_DrawList.clear();
+    HandleGlobalKeys(game);
+    const int elapsed = StepTimer(game, ClockMilliseconds());
+    UpdateStates(game, elapsed);
+    DrawFrame(game);
+    glutSwapBuffers();
+
+    const int before = ClockMilliseconds();
+    const int after = ClockMilliseconds();
+    game.m_FrameEndClock = after;
+    // The later reading is subtracted, so this comes to the floor of 5 in practice.
+    game.m_FrameDuration = before - after + 5;
+    if (game.m_FrameDuration < 5) {
+        game.m_FrameDuration = 5;
+    }
+    glutPostRedisplay();
+
+    char title[256];
+    std::snprintf(title, sizeof title, "%s : %d", game.m_Title.c_str(), game.m_FramesPerSecond);
+    glutSetWindowTitle(title);
+}

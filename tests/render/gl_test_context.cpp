@@ -1,0 +1,93 @@
+#include "gl_test_context.h"
+
+#include <GL/freeglut.h>
+
+#include <cstdlib>
+
+namespace {
+bool g_WindowReady = false;
+
+void OpenWindowOnce() {
+    if (g_WindowReady) {
+        return;
+    }
+    int argc = 1;
+    char name[] = "render_tests";
+    char* argv[] = {name, nullptr};
+    glutInit(&argc, argv);
+    glutInitWindowSize(GlTest::kSize, GlTest::kSize);
+    glutInitDisplayMode(GLUT_RGB | GLUT_DOUBLE | GLUT_DEPTH);
+    glutCreateWindow("render tests");
+    // The fixed state the engine sets at start-up, which drawing relies on.
+    glShadeModel(GL_SMOOTH);
+    glEnable(GL_DEPTH_TEST);
+    glDepthFunc(GL_LEQUAL);
+    glEnable(GL_LIGHTING);
+    glEnable(GL_LIGHT0);
+    g_WindowReady = true;
+}
+}  // namespace
+
+void GlTest::SetUp() {
+    const char* display = std::getenv("DISPLAY");
+    if (display == nullptr || *display == '\0') {
+        GTEST_SKIP() << "no X display";
+    }
+    OpenWindowOnce();
+    glViewport(0, 0, kSize, kSize);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+}
+
+std::array<float, 16> GlTest::ModelView() {
+    std::array<float, 16> m{};
+    glGetFloatv(GL_MODELVIEW_MATRIX, m.data());
+    return m;
+}
+
+std::array<float, 3> GlTest::Apply(float x, float y, float z) {
+    const std::array<float, 16> m = ModelView();
+    return {m[0] * x + m[4] * y + m[8] * z + m[12], m[1] * x + m[5] * y + m[9] * z + m[13],
+            m[2] * x + m[6] * y + m[10] * z + m[14]};
+}
+
+int GlTest::ModelViewDepth() {
+    GLint depth = 0;
+    glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depth);
+    return depth;
+}
+
+std::vector<FedVertex> GlTest::Feedback(const std::function<void()>& draw) {
+    std::vector<GLfloat> buffer(1 << 16);
+    glFeedbackBuffer(static_cast<GLsizei>(buffer.size()), GL_3D_COLOR_TEXTURE, buffer.data());
+    glRenderMode(GL_FEEDBACK);
+    draw();
+    const GLint count = glRenderMode(GL_RENDER);
+    std::vector<FedVertex> vertices;
+    // Each polygon is GL_POLYGON_TOKEN, its vertex count, then 3 + 4 + 4 floats a vertex.
+    for (GLint i = 0; i + 1 < count;) {
+        const auto token = static_cast<GLint>(buffer[static_cast<size_t>(i)]);
+        if (token != GL_POLYGON_TOKEN) {
+            ADD_FAILURE() << "unexpected feedback token " << token;
+            break;
+        }
+        const auto n = static_cast<GLint>(buffer[static_cast<size_t>(i) + 1]);
+        i += 2;
+        for (GLint v = 0; v < n && i + 11 <= count; ++v, i += 11) {
+            FedVertex out{};
+            const GLfloat* p = &buffer[static_cast<size_t>(i)];
+            for (int k = 0; k < 3; ++k)
+                out.m_Window[k] = p[k];
+            for (int k = 0; k < 4; ++k)
+                out.m_Color[k] = p[3 + k];
+            for (int k = 0; k < 4; ++k)
+                out.m_TexCoord[k] = p[7 + k];
+            vertices.push_back(out);
+        }
+    }
+    return vertices;
+}
