@@ -1,0 +1,156 @@
+// A plain description of a scene to be written as an FBX file: nodes, meshes with their layer
+// elements, materials, textures, skins and animation takes. Tests, benchmarks, the generator
+// tool and the demo fill one in and hand it to BuildDocument()/WriteFile() (WriterScene.h).
+//
+// Everything refers to everything else by index into the scene's vectors; an index out of
+// range is ignored when the file is written.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace fbx {
+namespace desc {
+
+using Vec2 = std::array<double, 2>;
+using Vec3 = std::array<double, 3>;
+using Matrix4 = std::array<double, 16>;  // column-major, translation in elements 12..14
+
+constexpr Matrix4 kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+// Time unit of FBX files.
+constexpr std::int64_t kTicksPerSecond = 46186158000LL;
+
+enum class NodeType { Null, Mesh, Skeleton, Camera, Light, Marker };
+
+enum class Mapping { ByControlPoint, ByPolygonVertex, ByPolygon, ByEdge, AllSame, None };
+enum class Reference { Direct, IndexToDirect };
+
+// One layer element: `direct` holds the values (3 per normal, 2 per UV, 4 per colour);
+// `index` is used with IndexToDirect.
+struct LayerElement {
+    std::string name;
+    Mapping mapping = Mapping::ByPolygonVertex;
+    Reference reference = Reference::Direct;
+    std::vector<double> direct;
+    std::vector<std::int32_t> index;
+};
+
+// Material indices into the node's material list (always written IndexToDirect).
+struct MaterialElement {
+    Mapping mapping = Mapping::AllSame;
+    std::vector<std::int32_t> indices;
+};
+
+// Element i of each list goes into layer i.
+struct Mesh {
+    std::vector<Vec3> controlPoints;
+    std::vector<std::vector<std::int32_t>> polygons;  // control-point indices, any size >= 1
+    std::vector<LayerElement> normals;
+    std::vector<LayerElement> uvs;
+    std::vector<LayerElement> colors;
+    std::vector<MaterialElement> materials;
+};
+
+struct Cluster {
+    int linkNode = -1;  // the bone
+    std::vector<std::int32_t> indexes;
+    std::vector<double> weights;
+    Matrix4 transform = kIdentity;
+    Matrix4 transformLink = kIdentity;
+};
+
+struct Skin {
+    std::vector<Cluster> clusters;
+};
+
+struct Node {
+    std::string name;
+    NodeType type = NodeType::Null;
+    int parent = -1;  // -1: child of the scene root
+    Vec3 translation = {0, 0, 0};
+    Vec3 rotation = {0, 0, 0};  // degrees
+    Vec3 scaling = {1, 1, 1};
+    Mesh mesh;                   // when type is Mesh
+    std::vector<int> materials;  // indices into Scene::materials, in slot order
+    Skin skin;                   // no clusters: not skinned
+};
+
+enum class ShadingModel { Lambert, Phong };
+
+struct Texture {
+    std::string name;
+    std::string fileName;          // absolute path, as a modelling tool writes it
+    std::string relativeFileName;  // relative to the FBX file
+    Vec2 uvTranslation = {0, 0};
+    Vec2 uvScaling = {1, 1};
+    double uvRotation = 0;  // degrees
+    double alpha = 1;
+};
+
+struct Material {
+    std::string name;
+    ShadingModel shading = ShadingModel::Lambert;
+    Vec3 ambient = {0.2, 0.2, 0.2};
+    Vec3 diffuse = {0.8, 0.8, 0.8};
+    Vec3 specular = {0.2, 0.2, 0.2};  // phong only
+    Vec3 emissive = {0, 0, 0};
+    double transparencyFactor = 0;
+    double shininess = 20;        // phong only
+    Vec3 reflection = {0, 0, 0};  // phong only
+    double reflectionFactor = 1;  // phong only
+    // Textures on DiffuseColor (indices into Scene::textures). Several, or layeredName set,
+    // stack them in a layered texture.
+    std::vector<int> diffuseTextures;
+    std::string layeredName;
+};
+
+// Keys of one animated value: times in ticks, values in the property's unit.
+struct Curve {
+    std::vector<std::int64_t> times;
+    std::vector<double> values;
+    bool Empty() const { return times.empty(); }
+};
+
+// Curves for one node: index 0..2 are X, Y, Z.
+struct NodeAnimation {
+    int node = -1;
+    std::array<Curve, 3> translation;
+    std::array<Curve, 3> rotation;
+    std::array<Curve, 3> scaling;
+};
+
+struct Take {
+    std::string name;
+    std::vector<NodeAnimation> nodes;
+    // Time span in ticks; when both are 0 the span of the keys is used.
+    std::int64_t start = 0;
+    std::int64_t stop = 0;
+};
+
+struct Scene {
+    std::vector<Node> nodes;
+    std::vector<Material> materials;
+    std::vector<Texture> textures;
+    std::vector<Take> takes;
+    std::string creator = "FBX SDK/FBX Plugins version 2019.2";
+    std::string password;  // non-empty: the file is marked as password-protected
+
+    // Appends a node and returns its index.
+    int AddNode(std::string name, NodeType type, int parent = -1) {
+        Node node;
+        node.name = std::move(name);
+        node.type = type;
+        node.parent = parent;
+        nodes.push_back(std::move(node));
+        return static_cast<int>(nodes.size()) - 1;
+    }
+};
+
+}  // namespace desc
+
+using SceneDescription = desc::Scene;
+
+}  // namespace fbx

@@ -1,0 +1,136 @@
+// fbxgen: writes synthetic FBX files for tests, benchmarks and the demo.
+//
+//   fbxgen [--preset grid|cube|skinned] [--corners N] [--clusters K] [--takes T] [--keys M]
+//          [--texture FILE] [--password P] [--version 6100|7500] [--ascii|--binary] OUT.fbx
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "fbx/WriterScene.h"
+#include "fbx/WriterSynthetic.h"
+
+namespace {
+
+void PrintUsage() {
+    std::fprintf(stderr,
+                 "usage: fbxgen [--preset grid|cube|skinned] [--corners N] [--clusters K]\n"
+                 "              [--takes T] [--keys M] [--texture FILE] [--password P]\n"
+                 "              [--version 6100|7500] [--ascii|--binary] OUT.fbx\n");
+}
+
+// Reads a non-negative whole number no larger than max; false on anything else.
+bool ParseCount(const char* text, unsigned long long max, unsigned long long& out) {
+    if (!text || !*text || *text == '-')
+        return false;
+    char* end = nullptr;
+    unsigned long long v = std::strtoull(text, &end, 10);
+    if (*end != '\0' || v > max)
+        return false;
+    out = v;
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    fbx::SyntheticOptions options;
+    std::string preset = "grid";
+    std::string output;
+    int version = 7500;
+    bool binary = true;
+    bool cornersGiven = false;
+
+    for (int i = 1; i < argc; ++i) {
+        std::string arg = argv[i];
+        auto value = [&]() -> const char* { return i + 1 < argc ? argv[++i] : nullptr; };
+        unsigned long long n = 0;
+        if (arg == "--ascii") {
+            binary = false;
+        } else if (arg == "--binary") {
+            binary = true;
+        } else if (arg == "--preset") {
+            const char* v = value();
+            preset = v ? v : "";
+            if (preset != "grid" && preset != "cube" && preset != "skinned") {
+                std::fprintf(stderr, "fbxgen: unknown preset '%s'\n", preset.c_str());
+                PrintUsage();
+                return 2;
+            }
+        } else if (arg == "--texture" || arg == "--password") {
+            const char* v = value();
+            if (!v) {
+                std::fprintf(stderr, "fbxgen: %s needs a value\n", arg.c_str());
+                return 2;
+            }
+            (arg == "--texture" ? options.texture : options.password) = v;
+        } else if (arg == "--version") {
+            const char* v = value();
+            if (!ParseCount(v, 9999, n) || (n != 6100 && n != 7500)) {
+                std::fprintf(stderr, "fbxgen: --version must be 6100 or 7500\n");
+                return 2;
+            }
+            version = static_cast<int>(n);
+        } else if (arg == "--corners" || arg == "--clusters" || arg == "--takes" ||
+                   arg == "--keys") {
+            const unsigned long long max = arg == "--corners" ? 200000000ULL : 100000ULL;
+            if (!ParseCount(value(), max, n)) {
+                std::fprintf(stderr, "fbxgen: %s needs a whole number from 0 to %llu\n",
+                             arg.c_str(), max);
+                return 2;
+            }
+            if (arg == "--corners") {
+                options.corners = static_cast<std::size_t>(n);
+                cornersGiven = true;
+            } else if (arg == "--clusters") {
+                options.clusters = static_cast<int>(n);
+            } else if (arg == "--takes") {
+                options.takes = static_cast<int>(n);
+            } else {
+                options.keys = static_cast<int>(n);
+            }
+        } else if (!arg.empty() && arg[0] == '-') {
+            std::fprintf(stderr, "fbxgen: unknown option '%s'\n", arg.c_str());
+            PrintUsage();
+            return 2;
+        } else if (output.empty()) {
+            output = arg;
+        } else {
+            std::fprintf(stderr, "fbxgen: more than one output file given\n");
+            PrintUsage();
+            return 2;
+        }
+    }
+    if (output.empty()) {
+        std::fprintf(stderr, "fbxgen: no output file given\n");
+        PrintUsage();
+        return 2;
+    }
+    if (options.takes > 0 && options.keys == 0)
+        options.keys = 24;
+
+    fbx::SceneDescription scene;
+    if (preset == "cube") {
+        scene = fbx::MakeCubeScene(options.texture);
+        scene.password = options.password;
+    } else {
+        if (preset == "skinned") {
+            if (!cornersGiven)
+                options.corners = 4 * 64;
+            if (options.clusters == 0)
+                options.clusters = 4;
+            if (options.takes == 0)
+                options.takes = 1;
+            if (options.keys == 0)
+                options.keys = 24;
+        }
+        scene = fbx::MakeSyntheticScene(options);
+    }
+    std::string error;
+    if (!fbx::WriteFile(output, scene, version, binary, &error)) {
+        std::fprintf(stderr, "fbxgen: %s\n", error.c_str());
+        return 1;
+    }
+    std::printf("fbxgen: wrote %s (FBX %d, %s)\n", output.c_str(), version,
+                binary ? "binary" : "ASCII");
+    return 0;
+}
