@@ -47,6 +47,11 @@ void UploadTexture(const Mesh& mesh) {
     std::vector<unsigned char> padded;
     if (pixels != nullptr) {
         const std::uint64_t needed = UploadBytes(texture.m_Width, texture.m_Height);
+        if (needed > 2 * static_cast<std::uint64_t>(texture.m_ImageSize) + (1u << 20)) {
+            // A header that claims far more pixels than the file holds: no image is made
+            // rather than reserving memory the file never filled.
+            return;
+        }
         if (needed > texture.m_ImageSize) {
             // The block is shorter than the image claims: upload a zero-padded copy.
             try {

@@ -398,7 +398,8 @@ TEST(PasswordHash, IsFnv1aOfThePassword) {
     EXPECT_EQ("af63dc4c8601ec8c", PasswordHash("a"));
     EXPECT_EQ(16u, PasswordHash("open sesame").size());
     SceneDescription open;
-    const Record& header = BuildDocument(open, 7500).root.children.at(0);
+    Document doc = BuildDocument(open, 7500);
+    const Record& header = doc.root.children.at(0);
     EXPECT_EQ(nullptr, header.Child("PasswordHash"));
 }
 
