@@ -159,6 +159,29 @@ TEST_F(OnScreen, BitmapTextureShowsItsColoursWhereTheUVsPutThem) {
     EXPECT_EQ(corner.r + corner.g + corner.b, 0);
 }
 
+TEST_F(OnScreen, TexturePathsWrittenOnWindowsAreOpenedWithSlashes) {
+    fs::create_directories(m_Dir / "maps");
+    WriteBitmapRow(m_Dir / "maps" / "green.bmp", {{0, 255, 0}});
+
+    fbx::SceneDescription scene;
+    const int node = scene.AddNode("Square", NodeType::Mesh);
+    scene.nodes[node].mesh = Square();
+    scene.nodes[node].materials = {0};
+    fbx::desc::Material material;
+    material.name = "Green";
+    material.diffuseTextures = {0};
+    scene.materials.push_back(material);
+    fbx::desc::Texture texture;
+    texture.name = "GreenTexture";
+    texture.relativeFileName = m_Dir.string() + "\\maps\\green.bmp";
+    scene.textures.push_back(texture);
+
+    Model model;
+    Import(scene, model);
+    EXPECT_EQ(m_Report.find("Failed to load"), std::string::npos) << m_Report;
+    EXPECT_TRUE(model.m_Meshes.at("Square").m_Materials.at(0).m_HasTexture);
+}
+
 // Horizontal centre of the lit pixels, in pixels from the left.
 double LitCentre(const std::vector<unsigned char>& pixels) {
     double sum = 0, count = 0;

@@ -260,3 +260,71 @@ TEST(SceneImport, PasswordIsAskedForOnceAndChecked) {
 }
 
 }  // namespace
+
+namespace {
+
+// The report lines that the node walk prints, without the version and take lines before it.
+std::vector<std::string> WalkLines(const std::string& report) {
+    std::vector<std::string> lines = Lines(report);
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (lines[i].rfind("         Import State:", 0) == 0) first = i + 2;
+    }
+    return std::vector<std::string>(lines.begin() + static_cast<long>(first), lines.end());
+}
+
+TEST(SceneImport, NodeTypesAreReportedInWalkOrder) {
+    // The root's children as the file connects them: Null, Mesh, Bone (a LimbNode), Camera,
+    // Light, StereoCamera, NurbsCurve, NurbsSurface, NurbsTrim, LodGroup with LOD_0 and LOD_1,
+    // each a Null holding a sphere mesh.
+    Model model;
+    const std::vector<std::string> walk =
+        WalkLines(Import(Corpus("maya_node_attribute_zoo_7500_ascii.fbx"), model));
+    const std::vector<std::string> expected = {
+        "NULL:",
+        "Mesh: 0",
+        "Loading mesh: Mesh",
+        "Loading material: lambert1",
+        "Loading animation: Bone",
+        "Added animation for Bone with 0 keys.",
+        "CAMERA:",
+        "LIGHT:",
+        "CAMERA:",
+        "NURBS_CURVE:",
+        "NURBS_SURFACE:",
+        "Something: 14",
+        "Something: 18",
+        "NULL:",
+        "Mesh: 0",
+        "Loading mesh: pSphere1",
+        "Loading material: lambert1",
+        "NULL:",
+        "Mesh: 0",
+        "Loading mesh: pSphere1",
+        "Loading material: lambert1",
+    };
+    EXPECT_EQ(walk, expected);
+    // The second sphere has the first one's name, so only one of them is kept.
+    EXPECT_EQ(model.m_Meshes.size(), 2u);
+    EXPECT_EQ(model.m_Meshes.count("pSphere1"), 1u);
+}
+
+TEST(SceneImport, TakesFollowOneAnotherInTheKeyFrames) {
+    // "Middle" has scaling curves in all four takes, with 1, 1, 1 and 2 keys on X; the
+    // scaling X curve decides how many key frames each take gives.
+    Model model;
+    const std::string report = Import(Corpus("blender_279_sausage_6100_ascii.fbx"), model);
+    EXPECT_NE(report.find("Added animation for Middle with 5 keys.\n"), std::string::npos);
+    const Animation& middle = model.m_Animations.at("Middle");
+    ASSERT_EQ(middle.m_Keys.size(), 5u);
+    for (const KeyFrame& key : middle.m_Keys) {
+        EXPECT_TRUE(key.m_HasTranslation);
+        EXPECT_TRUE(key.m_HasRotation);
+        EXPECT_TRUE(key.m_HasScale);
+        EXPECT_EQ(key.m_RotationAngle, 0.0f);
+    }
+    EXPECT_FLOAT_EQ(middle.m_Keys[0].m_Scale[0], 0.999999940395355f);
+    EXPECT_FLOAT_EQ(middle.m_Keys[4].m_Scale[0], 1.0f);  // "Wiggle", second key
+}
+
+}  // namespace
