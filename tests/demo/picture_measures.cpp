@@ -1,0 +1,58 @@
+#include "picture_measures.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+// Rows with fewer lit pixels than this are stray stars or edge pixels, not the scene.
+constexpr int kRowMinimum = 4;
+constexpr int kColourTolerance = 32;
+
+}  // namespace
+
+LitMeasure MeasureLit(const WindowPicture& picture, PictureRegion region) {
+    LitMeasure measure;
+    const int right = std::min(region.m_Right, picture.m_Width);
+    const int bottom = std::min(region.m_Bottom, picture.m_Height);
+    double sumX = 0, sumY = 0;
+    for (int y = std::max(0, region.m_Top); y < bottom; ++y) {
+        int inRow = 0;
+        for (int x = std::max(0, region.m_Left); x < right; ++x) {
+            const unsigned char* p = picture.At(x, y);
+            if (std::max({p[0], p[1], p[2]}) >= kLitLevel) {
+                ++inRow;
+                sumX += x;
+                sumY += y;
+            }
+        }
+        measure.m_Count += inRow;
+        if (inRow >= kRowMinimum) {
+            if (measure.m_Top < 0) {
+                measure.m_Top = y;
+            }
+            measure.m_Bottom = y;
+        }
+    }
+    if (measure.m_Count > 0) {
+        measure.m_X = sumX / measure.m_Count;
+        measure.m_Y = sumY / measure.m_Count;
+    }
+    return measure;
+}
+
+int DifferingPixels(const WindowPicture& a, const WindowPicture& b) {
+    if (a.m_Width != b.m_Width || a.m_Height != b.m_Height) {
+        return a.m_Width * a.m_Height;
+    }
+    int count = 0;
+    for (std::size_t i = 0; i + 2 < a.m_Rgb.size(); i += 3) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            if (std::abs(int(a.m_Rgb[i + c]) - int(b.m_Rgb[i + c])) > kColourTolerance) {
+                ++count;
+                break;
+            }
+        }
+    }
+    return count;
+}
