@@ -1,9 +1,12 @@
 #include "fbx/Importer.h"
 
+#include <sys/stat.h>
+
 #include <cctype>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <memory>
 
 #include "fbx/ObjectGraph.h"
 #include "fbx/Parse.h"
@@ -32,12 +35,35 @@ constexpr std::uint32_t kOldestVersion = 5800;
 const char* const kBoolOptions[] = {"MATERIAL", "TEXTURE",   "LINK",           "SHAPE",
                                     "GOBO",     "ANIMATION", "GLOBAL SETTINGS"};
 
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// Reads in large blocks straight into the buffer, sized up front from the file's length, so
+// that a model file is not copied byte by byte or regrown on its way in. A read error ends
+// the data early; the parser then reports the file as cut.
 bool ReadWholeFile(const char* fileName, std::vector<std::uint8_t>& bytes) {
-    std::ifstream in(fileName, std::ios::binary);
-    if (!in)
+    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(fileName, "rb"));
+    if (!file)
         return false;
-    bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return !in.bad();
+    std::size_t size = 0;
+    struct stat info;
+    if (fstat(fileno(file.get()), &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0)
+        size = static_cast<std::size_t>(info.st_size);
+    bytes.clear();
+    std::size_t used = 0;
+    std::size_t capacity = size + 1;  // one more byte to see the end without another resize
+    for (;;) {
+        if (used == capacity)
+            capacity = capacity * 2;
+        bytes.resize(capacity);
+        const std::size_t n = std::fread(bytes.data() + used, 1, capacity - used, file.get());
+        used += n;
+        if (used < capacity)
+            break;
+    }
+    bytes.resize(used);
+    return true;
 }
 
 std::string VersionText(std::uint32_t v) {

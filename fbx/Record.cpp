@@ -236,7 +236,14 @@ std::vector<std::int64_t> Record::Ints() const {
     std::vector<std::int64_t> out;
     out.reserve(NumberCount());
     for (const Value& v : values) {
-        for (std::size_t i = 0, n = v.Count(); i < n; ++i) out.push_back(v.IntAt(i));
+        // Index lists are integer arrays: copy those without a per-element type switch.
+        if (const std::int32_t* p = v.Int32s()) {
+            out.insert(out.end(), p, p + v.Count());
+        } else if (const std::int64_t* q = v.Int64s()) {
+            out.insert(out.end(), q, q + v.Count());
+        } else {
+            for (std::size_t i = 0, n = v.Count(); i < n; ++i) out.push_back(v.IntAt(i));
+        }
     }
     return out;
 }

@@ -118,6 +118,69 @@ int ToInt(std::int64_t v) {
     return static_cast<int>(v);
 }
 
+// The numbers of a child record as one contiguous run. Geometry is almost always one float64
+// array, which is then read in place; anything else is flattened into storage first.
+struct DoubleRun {
+    const double* data = nullptr;
+    std::size_t size = 0;
+    double operator[](std::size_t i) const { return data[i]; }
+};
+
+DoubleRun ChildDoubleRun(const Record* record, const char* name, std::vector<double>& storage) {
+    const Record* child = record ? record->Child(name) : nullptr;
+    if (!child)
+        return {};
+    if (child->values.size() == 1) {
+        const Value& value = child->values.front();
+        if (const double* data = value.Float64s())
+            return {data, value.Count()};
+    }
+    storage = child->Doubles();
+    return {storage.data(), storage.size()};
+}
+
+std::size_t ChildNumberCount(const Record* record, const char* name) {
+    const Record* child = record ? record->Child(name) : nullptr;
+    return child ? child->NumberCount() : 0;
+}
+
+// Calls fn with each of a child's numbers as a 64-bit integer, in order, reading a lone
+// int32 array in place.
+template <class Fn>
+void ForEachChildInt(const Record* record, const char* name, Fn&& fn) {
+    const Record* child = record ? record->Child(name) : nullptr;
+    if (!child)
+        return;
+    if (child->values.size() == 1) {
+        const Value& value = child->values.front();
+        if (const std::int32_t* data = value.Int32s()) {
+            for (std::size_t i = 0, n = value.Count(); i < n; ++i)
+                fn(static_cast<std::int64_t>(data[i]));
+            return;
+        }
+    }
+    for (std::int64_t v : child->Ints())
+        fn(v);
+}
+
+// A child's numbers as ints (out-of-range values become -1), appended to out.
+void AppendChildInts(const Record* record, const char* name, std::vector<int>& out) {
+    const Record* child = record ? record->Child(name) : nullptr;
+    if (!child)
+        return;
+    if (child->values.size() == 1) {
+        const Value& value = child->values.front();
+        if (const std::int32_t* data = value.Int32s()) {
+            out.insert(out.end(), data, data + value.Count());
+            return;
+        }
+    }
+    const std::vector<std::int64_t> values = child->Ints();
+    out.reserve(out.size() + values.size());
+    for (std::int64_t v : values)
+        out.push_back(ToInt(v));
+}
+
 // How many numbers make one vector of a layer element: 3, or 4 when the file evidently
 // writes a w component.
 std::size_t VectorWidth(std::size_t count, std::size_t expected) {
@@ -317,21 +380,21 @@ KFbxMesh* SceneBuilder::BuildMesh(std::size_t geometry, KFbxNode& node) {
     m_Built[geometry] = mesh;
     const Record* record = m_Graph.At(geometry).record;
 
-    std::vector<double> vertices = ChildDoubles(record, "Vertices");
-    mesh->m_ControlPoints.reserve(vertices.size() / 3);
-    for (std::size_t i = 0; i + 2 < vertices.size(); i += 3) {
+    std::vector<double> storage;
+    const DoubleRun vertices = ChildDoubleRun(record, "Vertices", storage);
+    mesh->m_ControlPoints.reserve(vertices.size / 3);
+    for (std::size_t i = 0; i + 2 < vertices.size; i += 3) {
         mesh->m_ControlPoints.emplace_back(vertices[i], vertices[i + 1], vertices[i + 2], 1.0);
     }
 
     // The last corner of each polygon is stored as -(index + 1). A corner naming a control
     // point that does not exist is pointed at control point 0, so that callers indexing the
     // control points with it stay inside them; without control points there are no polygons.
-    std::vector<std::int64_t> corners = ChildInts(record, "PolygonVertexIndex");
     std::int64_t points = static_cast<std::int64_t>(mesh->m_ControlPoints.size());
     if (points > 0) {
-        mesh->m_Corners.reserve(corners.size());
+        mesh->m_Corners.reserve(ChildNumberCount(record, "PolygonVertexIndex"));
         bool startNew = true;
-        for (std::int64_t v : corners) {
+        ForEachChildInt(record, "PolygonVertexIndex", [&](std::int64_t v) {
             bool last = v < 0;
             std::int64_t index = last ? -(v + 1) : v;
             if (index >= points)
@@ -340,7 +403,7 @@ KFbxMesh* SceneBuilder::BuildMesh(std::size_t geometry, KFbxNode& node) {
                 mesh->m_PolygonStarts.push_back(static_cast<int>(mesh->m_Corners.size()));
             mesh->m_Corners.push_back(static_cast<int>(index));
             startNew = last;
-        }
+        });
     }
 
     BuildLayers(geometry, *mesh, node);
@@ -376,28 +439,23 @@ void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& n
         e.m_Reference = Reference(r.ChildText("ReferenceInformationType"));
         e.m_Name = r.ChildText("Name");
     };
-    auto toIndex = [](const std::vector<std::int64_t>& values, std::vector<int>& out) {
-        out.reserve(values.size());
-        for (std::int64_t v : values)
-            out.push_back(ToInt(v));
-    };
     auto readVectors = [&](KFbxLayerElementTemplate<KFbxVector4>& e, const Record& r,
                            const char* data, const char* index, const char* wName) {
         setCommon(e, r);
-        std::vector<double> v = ChildDoubles(&r, data);
-        std::vector<double> w = ChildDoubles(&r, wName);
-        std::vector<std::int64_t> indices = ChildInts(&r, index);
+        std::vector<double> vStorage, wStorage;
+        const DoubleRun v = ChildDoubleRun(&r, data, vStorage);
+        const DoubleRun w = ChildDoubleRun(&r, wName, wStorage);
         std::size_t expected =
             e.m_Reference == KFbxLayerElement::eDIRECT ? expectedCount(e.m_Mapping) : 0;
-        std::size_t width = w.empty() ? VectorWidth(v.size(), expected) : 3;
+        std::size_t width = w.size == 0 ? VectorWidth(v.size, expected) : 3;
         auto& items = e.m_Direct.m_Items;
-        items.reserve(v.size() / width);
-        for (std::size_t i = 0; i + width <= v.size(); i += width) {
+        items.reserve(v.size / width);
+        for (std::size_t i = 0; i + width <= v.size; i += width) {
             std::size_t n = i / width;
-            double wv = width == 4 ? v[i + 3] : (n < w.size() ? w[n] : 1.0);
+            double wv = width == 4 ? v[i + 3] : (n < w.size ? w[n] : 1.0);
             items.emplace_back(v[i], v[i + 1], v[i + 2], wv);
         }
-        toIndex(indices, e.m_Index.m_Items);
+        AppendChildInts(&r, index, e.m_Index.m_Items);
     };
 
     std::vector<std::unique_ptr<KFbxLayerElement>>& owned = mesh.m_Elements;
@@ -424,12 +482,13 @@ void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& n
         } else if (r.name == "LayerElementUV") {
             auto e = std::make_unique<KFbxLayerElementUV>();
             setCommon(*e, r);
-            std::vector<double> v = ChildDoubles(&r, "UV");
-            e->m_Direct.m_Items.reserve(v.size() / 2);
-            for (std::size_t i = 0; i + 1 < v.size(); i += 2) {
+            std::vector<double> storage;
+            const DoubleRun v = ChildDoubleRun(&r, "UV", storage);
+            e->m_Direct.m_Items.reserve(v.size / 2);
+            for (std::size_t i = 0; i + 1 < v.size; i += 2) {
                 e->m_Direct.m_Items.emplace_back(v[i], v[i + 1]);
             }
-            toIndex(ChildInts(&r, "UVIndex"), e->m_Index.m_Items);
+            AppendChildInts(&r, "UVIndex", e->m_Index.m_Items);
             element = e.get();
             owned.push_back(std::move(e));
         } else if (r.name == "LayerElementColor") {
@@ -440,7 +499,7 @@ void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& n
             for (std::size_t i = 0; i + 3 < v.size(); i += 4) {
                 e->m_Direct.m_Items.emplace_back(v[i], v[i + 1], v[i + 2], v[i + 3]);
             }
-            toIndex(ChildInts(&r, "ColorIndex"), e->m_Index.m_Items);
+            AppendChildInts(&r, "ColorIndex", e->m_Index.m_Items);
             element = e.get();
             owned.push_back(std::move(e));
         } else if (r.name == "LayerElementMaterial") {
@@ -448,7 +507,7 @@ void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& n
             setCommon(*e, r);
             e->m_Reference = KFbxLayerElement::eINDEX_TO_DIRECT;
             e->m_Direct.m_Items = node.m_Materials;
-            toIndex(ChildInts(&r, "Materials"), e->m_Index.m_Items);
+            AppendChildInts(&r, "Materials", e->m_Index.m_Items);
             element = e.get();
             owned.push_back(std::move(e));
         } else if (r.name == "LayerElementTexture") {
@@ -464,7 +523,7 @@ void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& n
                     break;
                 }
             }
-            toIndex(ChildInts(&r, "TextureId"), e->m_Index.m_Items);
+            AppendChildInts(&r, "TextureId", e->m_Index.m_Items);
             std::string blend = r.ChildText("BlendMode");
             e->m_BlendMode = blend == "Add"         ? KFbxLayerElementTexture::eADD
                              : blend == "Modulate"  ? KFbxLayerElementTexture::eMODULATE
@@ -484,7 +543,7 @@ void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& n
         } else if (r.name == "LayerElementSmoothing") {
             auto e = std::make_unique<KFbxLayerElementSmoothing>();
             setCommon(*e, r);
-            toIndex(ChildInts(&r, "Smoothing"), e->m_Direct.m_Items);
+            AppendChildInts(&r, "Smoothing", e->m_Direct.m_Items);
             element = e.get();
             owned.push_back(std::move(e));
         }
@@ -571,14 +630,12 @@ void SceneBuilder::BuildSkins(std::size_t geometry, KFbxMesh& mesh) {
                 KFbxCluster* cluster = m_Scene.Own(new KFbxCluster(manager, object.name.c_str()));
                 cluster->m_NamePrefix = object.className;
                 m_Built[c] = cluster;
-                std::vector<std::int64_t> indices = ChildInts(object.record, "Indexes");
-                std::vector<double> weights = ChildDoubles(object.record, "Weights");
-                std::size_t n = std::min(indices.size(), weights.size());
-                cluster->m_Indices.reserve(n);
-                for (std::size_t i = 0; i < n; ++i)
-                    cluster->m_Indices.push_back(ToInt(indices[i]));
-                cluster->m_Weights.assign(weights.begin(),
-                                          weights.begin() + static_cast<std::ptrdiff_t>(n));
+                std::vector<double> storage;
+                const DoubleRun weights = ChildDoubleRun(object.record, "Weights", storage);
+                AppendChildInts(object.record, "Indexes", cluster->m_Indices);
+                std::size_t n = std::min(cluster->m_Indices.size(), weights.size);
+                cluster->m_Indices.resize(n);
+                cluster->m_Weights.assign(weights.data, weights.data + n);
                 cluster->m_Transform = Matrix(object.record, "Transform");
                 cluster->m_TransformLink = Matrix(object.record, "TransformLink");
                 // The bone is the Model connected to the cluster (either direction by layout).

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "fbx/fbxsdk.h"
 #include "import/Materials.h"
@@ -31,14 +32,31 @@ int DirectIndex(const Element& element, int controlPoint, int corner, bool polyg
     }
 }
 
-void ReadLayers(const KFbxMesh& mesh, int controlPoint, int corner, Vertex& vertex) {
+// The normals and UV elements of one layer, looked up once per mesh rather than per corner.
+struct LayerElements {
+    const KFbxLayerElementNormal* m_Normals = nullptr;
+    const KFbxLayerElementUV* m_UVs = nullptr;
+};
+
+std::vector<LayerElements> CollectLayers(const KFbxMesh& mesh) {
+    std::vector<LayerElements> layers;
     for (int l = 0; l < mesh.GetLayerCount(); ++l) {
         const KFbxLayer* layer = mesh.GetLayer(l);
         if (!layer) continue;
+        LayerElements elements;
+        elements.m_Normals = layer->GetNormals();
+        elements.m_UVs = layer->GetUVs();
+        if (elements.m_Normals || elements.m_UVs) layers.push_back(elements);
+    }
+    return layers;
+}
 
+void ReadLayers(const std::vector<LayerElements>& layers, int controlPoint, int corner,
+                Vertex& vertex) {
+    for (const LayerElements& layer : layers) {
         // Layer normals go into the colour slots; drawing lights each polygon with its own
         // face normal.
-        if (const KFbxLayerElementNormal* normals = layer->GetNormals()) {
+        if (const KFbxLayerElementNormal* normals = layer.m_Normals) {
             const int index = DirectIndex(*normals, controlPoint, corner, true);
             if (index >= 0 && index < normals->GetDirectArray().GetCount()) {
                 const KFbxVector4 normal = normals->GetDirectArray().GetAt(index);
@@ -46,7 +64,7 @@ void ReadLayers(const KFbxMesh& mesh, int controlPoint, int corner, Vertex& vert
             }
         }
 
-        if (const KFbxLayerElementUV* uvs = layer->GetUVs()) {
+        if (const KFbxLayerElementUV* uvs = layer.m_UVs) {
             const int index = DirectIndex(*uvs, controlPoint, corner, true);
             if (index >= 0 && index < uvs->GetDirectArray().GetCount()) {
                 const KFbxVector2 uv = uvs->GetDirectArray().GetAt(index);
@@ -108,6 +126,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
     const int pointCount = fbxMesh->GetControlPointsCount();
     const KFbxVector4* points = fbxMesh->GetControlPoints();
     const SkinIndex skin(*fbxMesh, mesh.m_BoneNames);
+    const std::vector<LayerElements> layers = CollectLayers(*fbxMesh);
 
     const int polygonCount = fbxMesh->GetPolygonCount();
     mesh.m_Polygons.reserve(polygonCount > 0 ? static_cast<std::size_t>(polygonCount) : 0);
@@ -131,7 +150,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
                 vertex.m_Position[i] = xyz[i];
             }
             vertex.m_Skin = skin.At(controlPoint);
-            ReadLayers(*fbxMesh, controlPoint, corner, vertex);
+            ReadLayers(layers, controlPoint, corner, vertex);
             polygon.m_Vertices.push_back(std::move(vertex));
         }
         mesh.m_Polygons.push_back(std::move(polygon));

@@ -1,0 +1,27 @@
+// The generated model files that the import benchmarks read: one large skinned, animated
+// scene written once in every encoding and layout, and kept in a cache folder between runs.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "fbx/WriterSynthetic.h"
+
+struct BenchFile {
+    std::string m_Label;  // "binary 7500"
+    std::string m_Path;
+    int m_Version = 7500;
+    bool m_Binary = true;
+    std::uintmax_t m_Bytes = 0;
+};
+
+// The scene every import benchmark reads.
+fbx::SyntheticOptions LargeSceneOptions();
+
+// Writes the large scene into dir in binary and ASCII, 7500 and 6100 layouts, unless a file
+// of the same options is already there. Returns the four files; throws std::runtime_error
+// when one cannot be written.
+std::vector<BenchFile> EnsureBenchFiles(const std::string& dir,
+                                        const fbx::SyntheticOptions& options);

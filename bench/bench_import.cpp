@@ -1,0 +1,291 @@
+// Import and frame benchmarks on one large generated scene (a million polygon corners, 64
+// skin clusters, animated takes) in both encodings and both layouts: reader throughput, the
+// library's import, the engine's whole import, assimp's import of the same 7500 files, peak
+// memory per corner, and the time of drawing many models. Ends with one summary table.
+//
+//   bench_import [--data-dir=DIR] [--no-frames] [--no-memory] [benchmark flags]
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/BenchFiles.h"
+#include "bench/FrameBench.h"
+#include "bench/Importers.h"
+#include "bench/PeakMemory.h"
+#include "fbx/Parse.h"
+#include "fbx/WriterScene.h"
+
+namespace {
+
+constexpr int kFrameModels = 64;
+constexpr std::size_t kFrameModelCorners = 16384;
+
+std::vector<std::uint8_t> ReadAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
+                                     std::istreambuf_iterator<char>());
+}
+
+// Keeps the median of every benchmark's repetitions (or its only run) for the table.
+class TableReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (run.error_occurred)
+                continue;
+            const std::string name = run.run_name.function_name;
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (run.run_type == Run::RT_Iteration && m_Seconds.count(name) == 0) {
+                m_Seconds[name] = Seconds(run);
+            } else if (median) {
+                m_Seconds[name] = Seconds(run);
+            }
+        }
+    }
+    // Seconds per iteration, or -1 when the benchmark did not run.
+    double Get(const std::string& name) const {
+        const auto found = m_Seconds.find(name);
+        return found == m_Seconds.end() ? -1.0 : found->second;
+    }
+
+private:
+    static double Seconds(const Run& run) {
+        return run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+    }
+    std::map<std::string, double> m_Seconds;
+};
+
+struct Loaded {
+    BenchFile file;
+    std::vector<std::uint8_t> bytes;
+};
+
+void Parse(benchmark::State& state, const Loaded* input) {
+    for (auto _ : state) {
+        fbx::ParseResult result = fbx::ParseBuffer(input->bytes.data(), input->bytes.size());
+        if (!result.ok) {
+            state.SkipWithError(result.error.c_str());
+            break;
+        }
+        benchmark::DoNotOptimize(result.document.root.children.data());
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(input->bytes.size()));
+}
+
+// One import per iteration; what it produced is released outside the timing (a state keeps
+// its models for the life of the game).
+void ImportFile(benchmark::State& state, const BenchFile* file, ImportFunction import) {
+    StdoutSilencer quiet;
+    for (auto _ : state) {
+        std::unique_ptr<Imported> result = import(file->m_Path);
+        if (result->Size() == 0) {
+            state.SkipWithError("the import failed");
+            break;
+        }
+        state.PauseTiming();
+        result.reset();
+        state.ResumeTiming();
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(file->m_Bytes));
+}
+
+void FirstFrame(benchmark::State& state, FrameScene* scene) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        scene->Reset();
+        state.ResumeTiming();
+        scene->DrawFrame();
+    }
+}
+
+void SteadyFrame(benchmark::State& state, FrameScene* scene) {
+    scene->Reset();
+    scene->DrawFrame();  // compiles the display lists
+    for (auto _ : state)
+        scene->DrawFrame();
+}
+
+std::string Cell(double value, const char* format) {
+    if (value < 0)
+        return "-";
+    char text[64];
+    std::snprintf(text, sizeof text, format, value);
+    return text;
+}
+
+std::string MachineName() {
+    std::ifstream cpuinfo("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(cpuinfo, line)) {
+        if (line.rfind("model name", 0) == 0) {
+            const std::size_t colon = line.find(':');
+            if (colon != std::string::npos)
+                return line.substr(colon + 2);
+        }
+    }
+    return "unknown CPU";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 4 && std::strcmp(argv[1], kPeakMemoryFlag) == 0) {
+        return RunPeakMemoryChild(argv[2], argv[3]);
+    }
+    std::string dataDir = ENGINE_BENCH_DATA_DIR;
+    bool frames = true;
+    bool memory = true;
+    std::vector<char*> rest = {argv[0]};
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg.rfind("--data-dir=", 0) == 0) {
+            dataDir = arg.substr(11);
+        } else if (arg == "--no-frames") {
+            frames = false;
+        } else if (arg == "--no-memory") {
+            memory = false;
+        } else {
+            rest.push_back(argv[i]);
+        }
+    }
+    int restCount = static_cast<int>(rest.size());
+
+    const fbx::SyntheticOptions options = LargeSceneOptions();
+    std::printf("Scene: %zu polygon corners, %d skin clusters, %d takes of %d keys; files in %s\n",
+                options.corners, options.clusters, options.takes, options.keys, dataDir.c_str());
+    std::fflush(stdout);
+    std::vector<Loaded> inputs;
+    for (const BenchFile& file : EnsureBenchFiles(dataDir, options)) {
+        inputs.push_back({file, ReadAll(file.m_Path)});
+    }
+
+    // A smaller model for the frame benchmark, drawn many times.
+    std::unique_ptr<FrameScene> frameScene;
+    if (frames && OpenFrameWindow(restCount, rest.data())) {
+        fbx::SyntheticOptions small;
+        small.corners = kFrameModelCorners;
+        small.clusters = 4;
+        small.takes = 1;
+        small.keys = 24;
+        const std::string path = dataDir + "/frame_model_7500_binary.fbx";
+        if (!fbx::WriteFile(path, fbx::MakeSyntheticScene(small), 7500, true)) {
+            std::fprintf(stderr, "cannot write %s\n", path.c_str());
+            return 1;
+        }
+        frameScene = std::make_unique<FrameScene>(path, kFrameModels);
+    } else if (frames) {
+        std::printf("No X display: frame benchmarks skipped (scripts/bench.sh starts Xvfb).\n");
+    }
+
+    for (const Loaded& input : inputs) {
+        const std::string& label = input.file.m_Label;
+        benchmark::RegisterBenchmark(("Parse/" + label).c_str(), Parse, &input)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->Repetitions(3)
+            ->ReportAggregatesOnly(true);
+        benchmark::RegisterBenchmark(("Library/" + label).c_str(), ImportFile, &input.file,
+                                     LibraryImport)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->Repetitions(3)
+            ->ReportAggregatesOnly(true);
+        benchmark::RegisterBenchmark(("Engine/" + label).c_str(), ImportFile, &input.file,
+                                     EngineImport)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->Repetitions(3)
+            ->ReportAggregatesOnly(true);
+        // assimp reads the 7000+ layout only.
+        if (input.file.m_Version >= 7000) {
+            benchmark::RegisterBenchmark(("Assimp/" + label).c_str(), ImportFile, &input.file,
+                                         AssimpImport)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime()
+                ->Repetitions(3)
+                ->ReportAggregatesOnly(true);
+        }
+    }
+    if (frameScene) {
+        benchmark::RegisterBenchmark("Frame/first", FirstFrame, frameScene.get())
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->Iterations(3);
+        benchmark::RegisterBenchmark("Frame/steady", SteadyFrame, frameScene.get())
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+    }
+
+    benchmark::Initialize(&restCount, rest.data());
+    if (benchmark::ReportUnrecognizedArguments(restCount, rest.data()))
+        return 1;
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+
+    // Peak memory of one import of each file, each in its own child process.
+    std::map<std::string, std::int64_t> peak;
+    if (memory) {
+        for (const Loaded& input : inputs) {
+            const std::string& label = input.file.m_Label;
+            peak["Engine/" + label] =
+                MeasurePeakGrowth("/proc/self/exe", "engine", input.file.m_Path);
+            if (input.file.m_Version >= 7000) {
+                peak["Assimp/" + label] =
+                    MeasurePeakGrowth("/proc/self/exe", "assimp", input.file.m_Path);
+            }
+        }
+    }
+    auto perCorner = [&](const std::string& key) {
+        const auto found = peak.find(key);
+        if (found == peak.end() || found->second < 0)
+            return -1.0;
+        return static_cast<double>(found->second) / static_cast<double>(options.corners);
+    };
+
+    std::printf("\nImport of %zu polygon corners, %d clusters, %d takes x %d keys (%s, %u cores)\n",
+                options.corners, options.clusters, options.takes, options.keys,
+                MachineName().c_str(), std::thread::hardware_concurrency());
+    std::printf("%-12s %7s %9s %9s %9s %9s %9s %8s %8s %9s %9s\n", "file", "MB", "parse", "library",
+                "engine", "assimp", "engine/", "library/", "library", "engine", "assimp");
+    std::printf("%-12s %7s %9s %9s %9s %9s %9s %8s %8s %9s %9s\n", "", "", "MB/s", "ms", "ms", "ms",
+                "assimp", "assimp", "MB/s", "B/corner", "B/corner");
+    for (const Loaded& input : inputs) {
+        const std::string& label = input.file.m_Label;
+        const double mb = static_cast<double>(input.file.m_Bytes) / 1e6;
+        const double parse = reporter.Get("Parse/" + label);
+        const double library = reporter.Get("Library/" + label);
+        const double engine = reporter.Get("Engine/" + label);
+        const double assimp = reporter.Get("Assimp/" + label);
+        std::printf("%-12s %7.1f %9s %9s %9s %9s %9s %8s %8s %9s %9s\n", label.c_str(), mb,
+                    Cell(parse > 0 ? mb / parse : -1, "%.0f").c_str(),
+                    Cell(library * 1e3, "%.0f").c_str(), Cell(engine * 1e3, "%.0f").c_str(),
+                    Cell(assimp * 1e3, "%.0f").c_str(),
+                    Cell(assimp > 0 && engine > 0 ? engine / assimp : -1, "%.2f").c_str(),
+                    Cell(assimp > 0 && library > 0 ? library / assimp : -1, "%.2f").c_str(),
+                    Cell(library > 0 ? mb / library : -1, "%.0f").c_str(),
+                    Cell(perCorner("Engine/" + label), "%.0f").c_str(),
+                    Cell(perCorner("Assimp/" + label), "%.0f").c_str());
+    }
+    if (frameScene) {
+        std::printf("\nFrames: %d models of %zu corners (display lists), 640x480\n",
+                    frameScene->Copies(), frameScene->CornersPerModel());
+        std::printf("  first frame (lists compiled) %s ms, steady frame %s ms\n",
+                    Cell(reporter.Get("Frame/first") * 1e3, "%.1f").c_str(),
+                    Cell(reporter.Get("Frame/steady") * 1e3, "%.2f").c_str());
+    }
+    return 0;
+}
