@@ -17,18 +17,25 @@ template <class Element>
 int DirectIndex(const Element& element, int controlPoint, int corner, bool polygonVertex) {
     int index = -1;
     switch (element.GetMappingMode()) {
-        case KFbxLayerElement::eBY_CONTROL_POINT: index = controlPoint; break;
+        case KFbxLayerElement::eBY_CONTROL_POINT:
+            index = controlPoint;
+            break;
         case KFbxLayerElement::eBY_POLYGON_VERTEX:
-            if (!polygonVertex) return -1;
+            if (!polygonVertex)
+                return -1;
             index = corner;
             break;
-        default: return -1;
+        default:
+            return -1;
     }
     switch (element.GetReferenceMode()) {
-        case KFbxLayerElement::eDIRECT: return index;
+        case KFbxLayerElement::eDIRECT:
+            return index;
         case KFbxLayerElement::eINDEX:
-        case KFbxLayerElement::eINDEX_TO_DIRECT: return element.GetIndexArray().GetAt(index);
-        default: return -1;
+        case KFbxLayerElement::eINDEX_TO_DIRECT:
+            return element.GetIndexArray().GetAt(index);
+        default:
+            return -1;
     }
 }
 
@@ -42,11 +49,13 @@ std::vector<LayerElements> CollectLayers(const KFbxMesh& mesh) {
     std::vector<LayerElements> layers;
     for (int l = 0; l < mesh.GetLayerCount(); ++l) {
         const KFbxLayer* layer = mesh.GetLayer(l);
-        if (!layer) continue;
+        if (!layer)
+            continue;
         LayerElements elements;
         elements.m_Normals = layer->GetNormals();
         elements.m_UVs = layer->GetUVs();
-        if (elements.m_Normals || elements.m_UVs) layers.push_back(elements);
+        if (elements.m_Normals || elements.m_UVs)
+            layers.push_back(elements);
     }
     return layers;
 }
@@ -60,7 +69,8 @@ void ReadLayers(const std::vector<LayerElements>& layers, int controlPoint, int 
             const int index = DirectIndex(*normals, controlPoint, corner, true);
             if (index >= 0 && index < normals->GetDirectArray().GetCount()) {
                 const KFbxVector4 normal = normals->GetDirectArray().GetAt(index);
-                for (int i = 0; i < 4; ++i) vertex.m_Color[i] = static_cast<float>(normal[i]);
+                for (int i = 0; i < 4; ++i)
+                    vertex.m_Color[i] = static_cast<float>(normal[i]);
             }
         }
 
@@ -80,15 +90,18 @@ void LoadBones(const KFbxMesh& mesh, Mesh& target) {
     int total = 0;
     for (int s = 0; s < mesh.GetDeformerCount(KFbxDeformer::eSKIN); ++s) {
         auto* skin = static_cast<KFbxSkin*>(mesh.GetDeformer(s, KFbxDeformer::eSKIN));
-        if (skin) total += skin->GetClusterCount();
+        if (skin)
+            total += skin->GetClusterCount();
     }
     int added = 0;
     for (int s = 0; s < mesh.GetDeformerCount(KFbxDeformer::eSKIN); ++s) {
         auto* skin = static_cast<KFbxSkin*>(mesh.GetDeformer(s, KFbxDeformer::eSKIN));
-        if (!skin) continue;
+        if (!skin)
+            continue;
         for (int c = 0; c < skin->GetClusterCount(); ++c) {
             KFbxCluster* cluster = skin->GetCluster(c);
-            if (!cluster) continue;
+            if (!cluster)
+                continue;
             Bone bone;
             bone.m_Name = cluster->GetLink() ? cluster->GetLink()->GetName() : "";
             KFbxXMatrix transform, link;
@@ -107,14 +120,16 @@ void LoadBones(const KFbxMesh& mesh, Mesh& target) {
 }
 
 void CopyVector(float (&out)[4], const fbxDouble3& value) {
-    for (int i = 0; i < 3; ++i) out[i] = static_cast<float>(value[i]);
+    for (int i = 0; i < 3; ++i)
+        out[i] = static_cast<float>(value[i]);
 }
 
 }  // namespace
 
 void LoadMesh(KFbxNode* node, ImportContext* context) {
     KFbxMesh* fbxMesh = node ? node->GetMesh() : nullptr;
-    if (!fbxMesh) return;
+    if (!fbxMesh)
+        return;
 
     Mesh mesh;
     mesh.m_NodeName = node->GetName();
@@ -162,5 +177,6 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
         LoadBones(*fbxMesh, mesh);
     }
 
-    context->Target->AddMesh(mesh.m_NodeName, mesh);
+    const std::string name = mesh.m_NodeName;
+    context->Target->AddMesh(name, std::move(mesh));
 }

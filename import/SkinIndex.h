@@ -17,9 +17,9 @@ public:
     SkinIndex(const KFbxMesh& mesh, std::vector<std::string>& boneNames);
 
     // The influences of one control point; empty for a point no cluster names.
-    const std::vector<SkinInfluence>& At(int controlPoint) const;
+    const SkinInfluences& At(int controlPoint) const;
 
 private:
-    std::vector<std::vector<SkinInfluence>> m_ByControlPoint;
-    std::vector<SkinInfluence> m_None;
+    std::vector<SkinInfluences> m_ByControlPoint;
+    SkinInfluences m_None;
 };

@@ -9,14 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "render/Material.h"
 #include "render/Animation.h"
-
-// One bone influence on a vertex: an index into the owning Mesh's m_BoneNames and a weight.
-struct SkinInfluence {
-    int m_Bone = 0;
-    float m_Weight = 0.0f;
-};
+#include "render/Material.h"
+#include "render/NodePool.h"
+#include "render/SkinInfluences.h"
 
 struct Vertex {
     float m_Point[3] = {0.0f, 0.0f, 0.0f};      // the imported control point
@@ -24,14 +20,14 @@ struct Vertex {
     float m_Position[3] = {0.0f, 0.0f, 0.0f};   // sent to OpenGL
     float m_Color[4] = {0.7f, 0.7f, 0.7f, 1.0f};
     float m_UV[2] = {-1.0f, -1.0f};  // before the material's texture scale
-    std::vector<SkinInfluence> m_Skin;
+    SkinInfluences m_Skin;
 };
 
 struct Polygon {
     unsigned int m_Flags = 0;  // importer bookkeeping; drawing does not read it
     // (-1, -1, -1) until drawing computes the face normal; -1 in [0] means "not computed".
     float m_Normal[3] = {-1.0f, -1.0f, -1.0f};
-    std::list<Vertex> m_Vertices;  // winding order
+    std::list<Vertex, PoolAllocator<Vertex>> m_Vertices;  // winding order
 };
 
 // A bone record of a skinned mesh: the cluster's link node and its matrices.
@@ -53,7 +49,7 @@ struct Mesh {
     float m_GeometricTranslation[4] = {0.0f, 0.0f, 0.0f, 0.0f};
     bool m_Static = false;  // true: the per-frame node transform is not applied
     std::vector<Polygon> m_Polygons;
-    std::vector<Material> m_Materials;  // drawing uses only the first
+    std::vector<Material> m_Materials;     // drawing uses only the first
     std::vector<std::string> m_BoneNames;  // names that SkinInfluence::m_Bone indexes
     std::vector<Bone> m_Bones;
 };
@@ -61,7 +57,7 @@ struct Mesh {
 // One scene node, as the import's node traversal records it.
 struct NodeInfo {
     std::string m_Name;
-    std::string m_Parent;  // empty for a hierarchy root
+    std::string m_Parent;                      // empty for a hierarchy root
     float m_Rotation[3] = {0.0f, 0.0f, 0.0f};  // the node's own rotation, degrees X, Y, Z
     float m_Translation[3] = {0.0f, 0.0f, 0.0f};
     float m_Scaling[3] = {1.0f, 1.0f, 1.0f};
@@ -78,4 +74,6 @@ struct Model {
     // Inserts a mesh under its name and uploads its first material's texture to OpenGL.
     // Returns false, uploading nothing, when the name is already taken.
     bool AddMesh(const std::string& name, const Mesh& mesh);
+    // The same, taking over the mesh instead of copying it.
+    bool AddMesh(const std::string& name, Mesh&& mesh);
 };

@@ -68,7 +68,13 @@ void UploadTexture(const Mesh& mesh) {
 }
 
 bool Model::AddMesh(const std::string& name, const Mesh& mesh) {
-    const auto inserted = m_Meshes.emplace(name, mesh);
+    if (m_Meshes.count(name) != 0)
+        return false;
+    return AddMesh(name, Mesh(mesh));
+}
+
+bool Model::AddMesh(const std::string& name, Mesh&& mesh) {
+    const auto inserted = m_Meshes.try_emplace(name, std::move(mesh));
     if (!inserted.second) {
         return false;
     }
