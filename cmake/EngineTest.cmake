@@ -1,9 +1,11 @@
-# engine_add_test(<name> SOURCES <files...> LIBS <targets...> [SANITIZED] [LABELS <labels...>]
-#                 [ENVIRONMENT <VAR=value...>])
+# engine_add_test(<name> SOURCES <files...> LIBS <targets...> [SANITIZED] [NEEDS_DISPLAY]
+#                 [LABELS <labels...>] [ENVIRONMENT <VAR=value...>])
 # Builds one GoogleTest program and registers it with CTest as one test.
 # SANITIZED: also built and run by the AddressSanitizer/UBSan tree (target sanitized_tests).
+# NEEDS_DISPLAY: opens windows on the X display; such programs run one at a time, since a
+# window that appears can take the keyboard focus from another test's window.
 function(engine_add_test name)
-  cmake_parse_arguments(T "SANITIZED" "" "SOURCES;LIBS;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(T "SANITIZED;NEEDS_DISPLAY" "" "SOURCES;LIBS;LABELS;ENVIRONMENT" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main GTest::gmock)
   target_compile_definitions(${name} PRIVATE
@@ -18,6 +20,9 @@ function(engine_add_test name)
   endif()
   if(labels)
     set_tests_properties(${name} PROPERTIES LABELS "${labels}")
+  endif()
+  if(T_NEEDS_DISPLAY)
+    set_tests_properties(${name} PROPERTIES RESOURCE_LOCK x_display)
   endif()
   if(T_ENVIRONMENT)
     set_tests_properties(${name} PROPERTIES ENVIRONMENT "${T_ENVIRONMENT}")

@@ -31,4 +31,6 @@ export LIBGL_ALWAYS_SOFTWARE=1
 status=0
 (cd build && ctest --output-on-failure -j"$jobs" --timeout 600) || status=$?
 (cd build-asan && ASAN_OPTIONS=detect_leaks=0 ctest --output-on-failure -j"$jobs" -L sanitized --timeout 600) || status=$?
+# The demo under valgrind memcheck: no invalid access, no uninitialised use, no stray leak.
+./scripts/memcheck.sh build/shell/engine || status=$?
 exit $status

@@ -10,6 +10,7 @@
 #include "states/FatalErrorReporter.h"
 #include "states/GameState.h"
 #include "states/MenuState.h"
+#include "states/XmlEntityLimit.h"
 #include "states/XmlText.h"
 
 namespace {
@@ -57,6 +58,7 @@ void Game::LoadStates() {
     m_Parser = new XercesDOMParser();
     m_Parser->setValidationScheme(XercesDOMParser::Val_Always);
     m_Parser->setDoNamespaces(true);
+    LimitEntityExpansion(*m_Parser);
     m_ErrorHandler = new FatalErrorReporter(m_StatesFile);
     m_Parser->setErrorHandler(m_ErrorHandler);
 

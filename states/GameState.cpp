@@ -16,6 +16,7 @@
 #include "render/Model.h"
 #include "states/Game.h"
 #include "states/StateAction.h"
+#include "states/XmlEntityLimit.h"
 #include "states/XmlText.h"
 
 using xercesc::XMLPlatformUtils;
@@ -70,6 +71,7 @@ void GameState::Load() {
                          XercesDOMParser(nullptr, XMLPlatformUtils::fgMemoryManager));
         parser->setValidationScheme(XercesDOMParser::Val_Always);
         parser->setDoNamespaces(true);
+        LimitEntityExpansion(*parser);
         handler = std::make_unique<xercesc::HandlerBase>();
         parser->setErrorHandler(handler.get());
 

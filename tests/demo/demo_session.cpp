@@ -86,7 +86,7 @@ bool DemoSession::WaitForWindow() {
     }
     // Other runs on the same display may show windows of the same title: take the one of this
     // process, or failing that one that was not there before the start.
-    while (Clock::now() - m_Started < std::chrono::seconds(15) && m_Window == 0) {
+    while (Clock::now() - m_Started < std::chrono::seconds(40) && m_Window == 0) {
         for (unsigned long window : DemoWindows()) {
             const std::string pid =
                 RunCommand("xdotool getwindowpid " + std::to_string(window) + " 2>/dev/null");
@@ -102,7 +102,7 @@ bool DemoSession::WaitForWindow() {
     }
     RunCommand("xdotool windowfocus --sync " + std::to_string(m_Window) + " 2>/dev/null");
     const WindowPicture first = WaitForPicture(
-        [](const WindowPicture& p) { return MeasureLit(p).m_Count > 1000; }, milliseconds(8000));
+        [](const WindowPicture& p) { return MeasureLit(p).m_Count > 1000; }, milliseconds(20000));
     return MeasureLit(first).m_Count > 1000;
 }
 
