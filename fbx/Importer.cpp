@@ -42,13 +42,17 @@ struct FileCloser {
 // Reads in large blocks straight into the buffer, sized up front from the file's length, so
 // that a model file is not copied byte by byte or regrown on its way in. A read error ends
 // the data early; the parser then reports the file as cut.
-bool ReadWholeFile(const char* fileName, std::vector<std::uint8_t>& bytes) {
+// Only regular files are read: a device or a pipe named as a model could never end. Returns
+// why the file could not be read, or "" when it was.
+std::string ReadWholeFile(const char* fileName, std::vector<std::uint8_t>& bytes) {
     std::unique_ptr<std::FILE, FileCloser> file(std::fopen(fileName, "rb"));
     if (!file)
-        return false;
-    std::size_t size = 0;
+        return "File not found or cannot be opened: ";
     struct stat info;
-    if (fstat(fileno(file.get()), &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0)
+    if (fstat(fileno(file.get()), &info) != 0 || !S_ISREG(info.st_mode))
+        return "Not a regular file: ";
+    std::size_t size = 0;
+    if (info.st_size > 0)
         size = static_cast<std::size_t>(info.st_size);
     bytes.clear();
     std::size_t used = 0;
@@ -63,7 +67,7 @@ bool ReadWholeFile(const char* fileName, std::vector<std::uint8_t>& bytes) {
             break;
     }
     bytes.resize(used);
-    return true;
+    return "";
 }
 
 std::string VersionText(std::uint32_t v) {
@@ -185,8 +189,9 @@ bool KFbxImporter::Initialize(const char* fileName) {
         return false;
     }
     std::vector<std::uint8_t> bytes;
-    if (!ReadWholeFile(fileName, bytes)) {
-        SetError(eFILE_NOT_OPENED, "File not found or cannot be opened: " + m_FileName);
+    const std::string unreadable = ReadWholeFile(fileName, bytes);
+    if (!unreadable.empty()) {
+        SetError(eFILE_NOT_OPENED, unreadable + m_FileName);
         return false;
     }
     if (!fbx::LooksLikeFbx(bytes.data(), bytes.size())) {

@@ -1,6 +1,8 @@
 // Choosing the parser for a buffer, and reading files from disk.
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include "fbx/Parse.h"
@@ -66,8 +68,14 @@ ParseResult ParseBuffer(const std::uint8_t* data, std::size_t size) {
 }
 
 ParseResult ParseFile(const std::string& path) {
-    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
     ParseResult result;
+    // A device or pipe named as a model (/dev/zero, a FIFO) could be read forever.
+    std::error_code error;
+    if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+        result.error = "\"" + path + "\" is not a regular file";
+        return result;
+    }
+    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
     if (!file) {
         result.error = "cannot open the file \"" + path + "\"";
         return result;

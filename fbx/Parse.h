@@ -38,7 +38,8 @@ bool LooksLikeFbx(const std::uint8_t* data, std::size_t size);
 ParseResult ParseBuffer(const std::uint8_t* data, std::size_t size);
 ParseResult ParseBinary(const std::uint8_t* data, std::size_t size);
 ParseResult ParseAscii(const std::uint8_t* data, std::size_t size);
-// Reads and parses a file; a file that cannot be opened gives !ok with a message.
+// Reads and parses a file; a file that cannot be opened, or that is a device, pipe or
+// folder rather than a regular file, gives !ok with a message.
 ParseResult ParseFile(const std::string& path);
 
 }  // namespace fbx

@@ -801,6 +801,9 @@ KFbxTexture* SceneBuilder::BuildTexture(std::size_t index) {
 
 void SceneBuilder::BuildAnimation() {
     const auto& takes = m_Scene.m_TakeNames;
+    // A curve node that drives many nodes hands each the same curves, not a copy apiece: a
+    // small file could otherwise grow by the number of nodes it names.
+    std::map<std::pair<std::size_t, std::size_t>, std::shared_ptr<KFCurve>> sharedCurves;
     for (std::size_t s = 0; s < m_Graph.Objects().size(); ++s) {
         const Object& stack = m_Graph.At(s);
         if (stack.kind != "AnimationStack")
@@ -837,7 +840,13 @@ void SceneBuilder::BuildAnimation() {
                             const Object& curve = m_Graph.At(curveIndex);
                             if (curve.kind != "AnimationCurve")
                                 continue;
-                            auto made = std::make_unique<KFCurve>();
+                            std::shared_ptr<KFCurve>& shared = sharedCurves[{
+                                curveNode * 3 + static_cast<std::size_t>(axis), curveIndex}];
+                            if (shared) {
+                                target = shared;
+                                break;
+                            }
+                            auto made = std::make_shared<KFCurve>();
                             std::vector<std::int64_t> times = ChildInts(curve.record, "KeyTime");
                             std::vector<double> values =
                                 ChildDoubles(curve.record, "KeyValueFloat");
@@ -856,6 +865,7 @@ void SceneBuilder::BuildAnimation() {
                                     curve.record ? curve.record->Child("Default") : nullptr) {
                                 made->m_Default = d->DoubleAt(0);
                             }
+                            shared = made;
                             target = std::move(made);
                             break;
                         }

@@ -164,7 +164,8 @@ private:
     friend class fbx::SceneBuilder;
 
     // T, R, S by X, Y, Z for one take.
-    using TakeCurves = std::array<std::unique_ptr<KFCurve>, 9>;
+    // Shared: one curve of the file may drive many nodes.
+    using TakeCurves = std::array<std::shared_ptr<KFCurve>, 9>;
 
     KFbxNode* m_Parent = nullptr;
     std::vector<KFbxNode*> m_Children;

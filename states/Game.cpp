@@ -4,7 +4,9 @@
 #include <cstdlib>
 
 #include <xercesc/dom/DOMElement.hpp>
+#include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMNodeList.hpp>
+#include <xercesc/util/XMLException.hpp>
 
 #include "states/Clock.h"
 #include "states/FatalErrorReporter.h"
@@ -62,8 +64,20 @@ void Game::LoadStates() {
     m_ErrorHandler = new FatalErrorReporter(m_StatesFile);
     m_Parser->setErrorHandler(m_ErrorHandler);
 
-    // A malformed table throws from here, uncaught: the program cannot run without it.
-    m_Parser->parse(m_StatesFile.c_str());
+    // A malformed table throws from here, uncaught: the program cannot run without it. The
+    // error handler names the place of parse errors; the few errors the parser raises without
+    // it (a bad XML declaration, say) are named here before they go on.
+    try {
+        m_Parser->parse(m_StatesFile.c_str());
+    } catch (const xercesc::DOMException& error) {
+        std::fprintf(stderr, "Fatal error in %s: %s\n", m_StatesFile.c_str(),
+                     TranscodeXmlText(error.getMessage()).c_str());
+        throw;
+    } catch (const xercesc::XMLException& error) {
+        std::fprintf(stderr, "Fatal error in %s: %s\n", m_StatesFile.c_str(),
+                     TranscodeXmlText(error.getMessage()).c_str());
+        throw;
+    }
     m_Data = m_Parser->getDocument();
     if (m_Data == nullptr) {
         char message[512];

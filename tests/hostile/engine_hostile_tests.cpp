@@ -152,7 +152,7 @@ TEST_F(HostileEngine, DamagedModelsTexturesAndStateFilesAreReportedAndTheGameGoe
     const std::string output = session.Output();
     for (const std::string& line :
          {std::string("Failed to open ./Assets/models/missing.fbx.\n"),
-          std::string("Error returned: Not an FBX file: ./Assets/models/folder.fbx\n"),
+          std::string("Error returned: Not a regular file: ./Assets/models/folder.fbx\n"),
           std::string("Error returned: Not an FBX file: ./Assets/models/not_a_model.fbx\n"),
           std::string("Loading mesh: Self\n"), std::string("Loading mesh: Liar\n"),
           std::string("Loading texture: QuadTexture\n"), std::string("Finished loading xml.\n")}) {

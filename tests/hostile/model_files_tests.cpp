@@ -51,9 +51,13 @@ TEST(HostileModel, FilesThatAreNoModelSayWhyAndLeaveAnEmptyModel) {
     EXPECT_EQ(got.m_Output, "Failed to open " + missing + ".\n");
     EXPECT_TRUE(got.m_Model.m_Meshes.empty());
 
-    // A folder, an empty file and a picture renamed to .fbx are all refused by name.
-    for (const std::string& path :
-         {dir.Root().string(), dir.Write("empty.fbx", ""), DataFile("not_a_model.fbx")}) {
+    // A folder is refused as one; an empty file and a picture renamed to .fbx as no model.
+    got = Import(dir.Root().string());
+    EXPECT_EQ(got.m_Output,
+              "Call to KFbxImporter::Initialize() failed.\n"
+              "Error returned: Not a regular file: " +
+                  dir.Root().string() + "\n\n");
+    for (const std::string& path : {dir.Write("empty.fbx", ""), DataFile("not_a_model.fbx")}) {
         got = Import(path);
         EXPECT_EQ(got.m_Output,
                   "Call to KFbxImporter::Initialize() failed.\n"

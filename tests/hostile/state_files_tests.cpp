@@ -121,7 +121,7 @@ TEST(HostileStateFile, ModelsThatCannotBeReadAreNamedAndLeftEmptyAgainOnEachRese
         CapturedOutput([&] { game = new Game(dir.Write("states.xml", Table(file))); });
     const std::string expected =
         "Failed to open " + missing + ".\n" +
-        "Call to KFbxImporter::Initialize() failed.\nError returned: Not an FBX file: " + folder +
+        "Call to KFbxImporter::Initialize() failed.\nError returned: Not a regular file: " + folder +
         "\n\n" +
         "Call to KFbxImporter::Initialize() failed.\nError returned: Not an FBX file: " + foreign +
         "\n\n";
