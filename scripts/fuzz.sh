@@ -21,8 +21,7 @@ fi
 build="$root/build-fuzz"
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-  -DENGINE_FUZZ=ON -DENGINE_BUILD_TESTS=OFF -DENGINE_BUILD_BENCH=OFF \
-  -DCMAKE_PROJECT_INCLUDE="$root/fuzz/AddFuzzFolders.cmake" >/dev/null
+  -DENGINE_FUZZ=ON -DENGINE_BUILD_TESTS=OFF -DENGINE_BUILD_BENCH=OFF >/dev/null
 cmake --build "$build" -j2 --target "${targets[@]}" >/dev/null
 
 corpus_fbx="${ENGINE_CORPUS_DIR:-$root/../shared/corpus}"
