@@ -15,17 +15,9 @@ shift || true
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DENGINE_BUILD_BENCH=ON >/dev/null
 cmake --build "$build" -j2 --target bench_import
 
-xvfb_pid=""
-cleanup() { if [ -n "$xvfb_pid" ]; then kill "$xvfb_pid" 2>/dev/null || true; fi; }
-trap cleanup EXIT
-if [ -z "${DISPLAY:-}" ]; then
-  n=120
-  while [ -e "/tmp/.X${n}-lock" ] || [ -e "/tmp/.X11-unix/X${n}" ]; do n=$((n + 1)); done
-  Xvfb ":$n" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
-  xvfb_pid=$!
-  export DISPLAY=":$n"
-  for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${n}" ] && break; sleep 0.1; done
-fi
+. ./scripts/xvfb.sh
+trap stop_display EXIT
+ensure_display 120
 export LIBGL_ALWAYS_SOFTWARE=1
 
 # Google Benchmark's own report first, then the summary table.

@@ -16,23 +16,16 @@ limit=${MEMCHECK_SECONDS:-180}
 python=/usr/bin/python3  # the system one, which has python3-xlib
 
 work=$(mktemp -d /tmp/memcheck-XXXXXX)
-xvfb_pid=""
+. ./scripts/xvfb.sh
 vg_pid=""
 cleanup() {
   if [ -n "$vg_pid" ]; then kill "$vg_pid" 2>/dev/null || true; fi
-  if [ -n "$xvfb_pid" ]; then kill "$xvfb_pid" 2>/dev/null || true; fi
+  stop_display
   rm -rf "$work"
 }
 trap cleanup EXIT
 
-if [ -z "${DISPLAY:-}" ]; then
-  n=120
-  while [ -e "/tmp/.X${n}-lock" ] || [ -e "/tmp/.X11-unix/X${n}" ]; do n=$((n + 1)); done
-  Xvfb ":$n" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
-  xvfb_pid=$!
-  export DISPLAY=":$n"
-  for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${n}" ] && break; sleep 0.1; done
-fi
+ensure_display 120
 export LIBGL_ALWAYS_SOFTWARE=1
 
 cp -r Assets "$work/Assets"
