@@ -12,23 +12,16 @@ engine=$(realpath "${2:-build/shell/engine}")
 python=/usr/bin/python3
 
 work=$(mktemp -d /tmp/soak-XXXXXX)
-xvfb_pid=""
+. ./scripts/xvfb.sh
 engine_pid=""
 cleanup() {
   if [ -n "$engine_pid" ]; then kill "$engine_pid" 2>/dev/null || true; fi
-  if [ -n "$xvfb_pid" ]; then kill "$xvfb_pid" 2>/dev/null || true; fi
+  stop_display
   rm -rf "$work"
 }
 trap cleanup EXIT
 
-if [ -z "${DISPLAY:-}" ]; then
-  n=140
-  while [ -e "/tmp/.X${n}-lock" ] || [ -e "/tmp/.X11-unix/X${n}" ]; do n=$((n + 1)); done
-  Xvfb ":$n" -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 &
-  xvfb_pid=$!
-  export DISPLAY=":$n"
-  for _ in $(seq 50); do [ -e "/tmp/.X11-unix/X${n}" ] && break; sleep 0.1; done
-fi
+ensure_display 140
 export LIBGL_ALWAYS_SOFTWARE=1
 
 cp -r Assets "$work/Assets"
