@@ -58,6 +58,10 @@ DemoSession::DemoSession(const fs::path& sourceAssets) {
     }
     m_Before = DemoWindows();
     m_Started = Clock::now();
+    Launch();
+}
+
+void DemoSession::Launch() {
     m_Pid = fork();
     if (m_Pid == 0) {
         if (chdir(m_Dir.c_str()) != 0 ||
@@ -86,7 +90,18 @@ bool DemoSession::WaitForWindow() {
     }
     // Other runs on the same display may show windows of the same title: take the one of this
     // process, or failing that one that was not there before the start.
+    int launches = 1;
     while (Clock::now() - m_Started < std::chrono::seconds(40) && m_Window == 0) {
+        // A busy X server can refuse a connection now and then; the engine then ends at once
+        // ("failed to open display"). Start it again rather than wait for nothing.
+        if (waitpid(m_Pid, nullptr, WNOHANG) == m_Pid) {
+            m_Pid = 0;
+            if (launches == 3) {
+                return false;
+            }
+            ++launches;
+            Launch();
+        }
         for (unsigned long window : DemoWindows()) {
             const std::string pid =
                 RunCommand("xdotool getwindowpid " + std::to_string(window) + " 2>/dev/null");

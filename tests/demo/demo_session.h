@@ -45,6 +45,9 @@ public:
     unsigned long Window() const { return m_Window; }
 
 private:
+    // Starts the engine in m_Dir with its standard output going to stdout.txt there.
+    void Launch();
+
     std::filesystem::path m_Dir;
     pid_t m_Pid = 0;
     unsigned long m_Window = 0;
