@@ -181,6 +181,18 @@ std::vector<Record> MeshRecords(const desc::Mesh& mesh, int elementVersion) {
     return out;
 }
 
+Document StartDocument(const SceneDescription& scene, int version, bool binary) {
+    Document doc;
+    doc.version = static_cast<std::uint32_t>(version);
+    doc.binary = binary;
+    doc.root.children.push_back(HeaderExtension(scene, version, binary));
+    if (binary) {
+        for (Record& r : BinaryTopLevelRecords(scene))
+            doc.root.children.push_back(std::move(r));
+    }
+    return doc;
+}
+
 const char* ModelKind(desc::NodeType type) {
     switch (type) {
         case desc::NodeType::Mesh:

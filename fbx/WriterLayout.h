@@ -29,6 +29,9 @@ Value Doubles(std::vector<double> v);
 Record HeaderExtension(const SceneDescription& scene, int version, bool binary);
 // FileId, CreationTime and Creator, which binary files repeat at the top level.
 std::vector<Record> BinaryTopLevelRecords(const SceneDescription& scene);
+// A document of that version and encoding holding what every layout starts with: the header
+// extension and, in binary files, the top-level records binary files carry.
+Document StartDocument(const SceneDescription& scene, int version, bool binary);
 
 // Control-point indices per corner, the last corner of each polygon stored as ~index.
 std::vector<std::int32_t> PolygonVertexIndex(const desc::Mesh& mesh);

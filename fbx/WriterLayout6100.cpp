@@ -26,17 +26,10 @@ public:
         : m_Scene(scene), m_Version(version), m_Binary(binary) {}
 
     Document Build() {
-        Document doc;
-        doc.version = static_cast<std::uint32_t>(m_Version);
-        doc.binary = m_Binary;
         NameObjects();
         BuildObjects();
+        Document doc = StartDocument(m_Scene, m_Version, m_Binary);
         Record& root = doc.root;
-        root.children.push_back(HeaderExtension(m_Scene, m_Version, m_Binary));
-        if (m_Binary) {
-            for (Record& r : BinaryTopLevelRecords(m_Scene))
-                root.children.push_back(r);
-        }
         root.children.push_back(Rec("Document", {}, {Rec("Name", {S("")})}));
         root.children.push_back(Rec("References"));
         root.children.push_back(Definitions());
