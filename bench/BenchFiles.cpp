@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "fbx/WriterScene.h"
+#include "fbx/write/WriterScene.h"
 
 fbx::SyntheticOptions LargeSceneOptions() {
     fbx::SyntheticOptions options;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fbx/WriterSynthetic.h"
+#include "fbx/write/WriterSynthetic.h"
 
 struct BenchFile {
     std::string m_Label;  // "binary 7500"

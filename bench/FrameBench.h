@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "render/Model.h"
+#include "model/Model.h"
 
 // Opens the one GLUT window and sets the engine's fixed GL state. False, with nothing done,
 // when there is no X display.

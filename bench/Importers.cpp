@@ -7,9 +7,9 @@
 
 #include <cstdio>
 
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/fbxsdk.h"
 #include "import/SceneImport.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 StdoutSilencer::StdoutSilencer() {
     std::fflush(stdout);

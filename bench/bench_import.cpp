@@ -22,8 +22,8 @@
 #include "bench/FrameBench.h"
 #include "bench/Importers.h"
 #include "bench/PeakMemory.h"
-#include "fbx/Parse.h"
-#include "fbx/WriterScene.h"
+#include "fbx/format/Parse.h"
+#include "fbx/write/WriterScene.h"
 
 namespace {
 

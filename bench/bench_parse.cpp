@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "fbx/Parse.h"
+#include "fbx/format/Parse.h"
 
 namespace {
 

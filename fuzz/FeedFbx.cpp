@@ -5,8 +5,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "fbx/Parse.h"
-#include "fbx/fbxsdk.h"
+#include "fbx/format/Parse.h"
+#include "fbx/sdk/fbxsdk.h"
 #include "fuzz/Feeds.h"
 #include "fuzz/ScratchFile.h"
 

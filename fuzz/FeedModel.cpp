@@ -5,7 +5,7 @@
 #include "fuzz/Feeds.h"
 #include "fuzz/ScratchFile.h"
 #include "import/SceneImport.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 namespace fuzzing {
 

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
-#include "fbx/fbxsdk.h"
-#include "render/Model.h"
+#include "fbx/sdk/fbxsdk.h"
+#include "model/Model.h"
 
 namespace {
 

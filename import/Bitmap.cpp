@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "render/Texture.h"
+#include "model/Texture.h"
 
 std::int32_t LastImageWidth = 0;
 std::int32_t LastImageHeight = 0;

@@ -1,7 +1,7 @@
 #include "import/BoneHierarchy.h"
 
-#include "fbx/fbxsdk.h"
-#include "render/Model.h"
+#include "fbx/sdk/fbxsdk.h"
+#include "model/Model.h"
 
 namespace {
 

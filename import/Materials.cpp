@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/fbxsdk.h"
 #include "import/Textures.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/fbxsdk.h"
 #include "import/Materials.h"
 #include "import/SkinIndex.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 namespace {
 

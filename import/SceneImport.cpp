@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <fstream>
 
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/fbxsdk.h"
 #include "import/AnimationLoader.h"
 #include "import/BoneHierarchy.h"
 #include "import/MeshLoader.h"

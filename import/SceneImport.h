@@ -5,7 +5,7 @@
 #include <string>
 
 #include "import/ImportContext.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 class KFbxNode;
 

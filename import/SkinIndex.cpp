@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/fbxsdk.h"
 
 SkinIndex::SkinIndex(const KFbxMesh& mesh, std::vector<std::string>& boneNames) {
     const int skinCount = mesh.GetDeformerCount(KFbxDeformer::eSKIN);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "render/Model.h"
+#include "model/Model.h"
 
 class KFbxMesh;
 

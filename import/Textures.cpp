@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <string>
 
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/fbxsdk.h"
 #include "import/Bitmap.h"
-#include "render/Material.h"
+#include "model/Material.h"
 
 namespace {
 

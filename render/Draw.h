@@ -2,7 +2,7 @@
 // and replays that list afterwards.
 #pragma once
 
-#include "render/Model.h"
+#include "model/Model.h"
 
 // Composes the model's translation and rotation onto the current model-view matrix (they are
 // not undone afterwards, so models drawn one after the other accumulate), then draws its

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "render/Model.h"
+#include "model/Model.h"
 
 // Issues translate, node rotation (Z, Y, X), key rotation and scale on the current matrix.
 // Does nothing when the node has no animation or the frame is outside its key frames.

@@ -67,17 +67,6 @@ void UploadTexture(const Mesh& mesh) {
                  GL_UNSIGNED_BYTE, pixels);
 }
 
-bool Model::AddMesh(const std::string& name, const Mesh& mesh) {
-    if (m_Meshes.count(name) != 0)
-        return false;
-    return AddMesh(name, Mesh(mesh));
-}
-
-bool Model::AddMesh(const std::string& name, Mesh&& mesh) {
-    const auto inserted = m_Meshes.try_emplace(name, std::move(mesh));
-    if (!inserted.second) {
-        return false;
-    }
-    UploadTexture(inserted.first->second);
-    return true;
+void InstallTextureUpload() {
+    SetMeshInsertedHook(&UploadTexture);
 }

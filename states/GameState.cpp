@@ -13,7 +13,7 @@
 #include <xercesc/util/XMLException.hpp>
 
 #include "import/SceneImport.h"
-#include "render/Model.h"
+#include "model/Model.h"
 #include "states/Game.h"
 #include "states/StateAction.h"
 #include "states/XmlEntityLimit.h"

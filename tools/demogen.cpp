@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "fbx/SceneDescription.h"
-#include "fbx/WriterScene.h"
+#include "fbx/write/SceneDescription.h"
+#include "fbx/write/WriterScene.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "fbx/WriterScene.h"
-#include "fbx/WriterSynthetic.h"
+#include "fbx/write/WriterScene.h"
+#include "fbx/write/WriterSynthetic.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // textures, skins, take curves). Exits 0 when the file was read, 1 with the reason otherwise.
 #include <cstdio>
 
-#include "fbx/Summary.h"
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/Summary.h"
+#include "fbx/sdk/fbxsdk.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {

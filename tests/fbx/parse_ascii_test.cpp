@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "fbx/Parse.h"
+#include "fbx/format/Parse.h"
 
 namespace {
 

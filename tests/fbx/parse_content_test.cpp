@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "fbx/Parse.h"
+#include "fbx/format/Parse.h"
 #include "support_corpus.h"
 
 namespace {

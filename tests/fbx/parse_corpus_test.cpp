@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "fbx/Parse.h"
+#include "fbx/format/Parse.h"
 #include "support_corpus.h"
 #include "support_tree.h"
 

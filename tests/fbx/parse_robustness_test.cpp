@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fbx/Parse.h"
+#include "fbx/format/Parse.h"
 #include "support_binary_builder.h"
 #include "support_corpus.h"
 

@@ -1,7 +1,7 @@
 // Take names and transform curves, in both file layouts.
 #include <gtest/gtest.h>
 
-#include "fbx/TakeKeys.h"
+#include "fbx/graph/TakeKeys.h"
 #include "scene_support.h"
 
 using scenetest::Fbx;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "fbx/ObjectGraph.h"
+#include "fbx/graph/ObjectGraph.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
-#include "fbx/Summary.h"
-#include "fbx/fbxsdk.h"
+#include "fbx/sdk/Summary.h"
+#include "fbx/sdk/fbxsdk.h"
 
 namespace scenetest {
 

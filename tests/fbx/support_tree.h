@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "fbx/Record.h"
+#include "fbx/format/Record.h"
 
 namespace fbxtest {
 

@@ -8,8 +8,8 @@
 #include <cstdio>
 #include <string>
 
-#include "fbx/WriterScene.h"
-#include "fbx/WriterSynthetic.h"
+#include "fbx/write/WriterScene.h"
+#include "fbx/write/WriterSynthetic.h"
 
 namespace fbx::test {
 namespace {

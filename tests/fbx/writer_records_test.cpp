@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-#include "fbx/Writer.h"
+#include "fbx/format/Encode.h"
 #include "writer_support.h"
 
 namespace fbx::test {

@@ -5,10 +5,10 @@
 
 #include <map>
 
-#include "fbx/Importer.h"
-#include "fbx/Writer.h"
-#include "fbx/WriterScene.h"
-#include "fbx/WriterSynthetic.h"
+#include "fbx/sdk/Importer.h"
+#include "fbx/format/Encode.h"
+#include "fbx/write/WriterScene.h"
+#include "fbx/write/WriterSynthetic.h"
 #include "writer_support.h"
 
 namespace fbx::test {

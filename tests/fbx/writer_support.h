@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "fbx/Parse.h"
-#include "fbx/Record.h"
+#include "fbx/format/Parse.h"
+#include "fbx/format/Record.h"
 
 namespace fbx::test {
 

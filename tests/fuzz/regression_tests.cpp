@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fbx/Parse.h"
+#include "fbx/format/Parse.h"
 #include "fuzz/Feeds.h"
 #include "states/Game.h"
 

@@ -8,7 +8,7 @@
 
 #include "hostile_support.h"
 #include "import/SceneImport.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 namespace {
 

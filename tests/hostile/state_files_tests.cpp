@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "hostile_support.h"
-#include "render/Model.h"
+#include "model/Model.h"
 #include "states/Game.h"
 #include "states/GameState.h"
 #include "states/MenuState.h"

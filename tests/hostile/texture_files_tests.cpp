@@ -12,8 +12,8 @@
 #include "import/Bitmap.h"
 #include "import/SceneImport.h"
 #include "render/Draw.h"
-#include "render/Model.h"
-#include "render/Texture.h"
+#include "model/Model.h"
+#include "model/Texture.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "import/Bitmap.h"
-#include "render/Texture.h"
+#include "model/Texture.h"
 
 namespace {
 

@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "../render/gl_test_context.h"
-#include "fbx/WriterScene.h"
+#include "fbx/write/WriterScene.h"
 #include "import/SceneImport.h"
 #include "render/Draw.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "import/SceneImport.h"
-#include "render/Model.h"
+#include "model/Model.h"
 
 namespace {
 

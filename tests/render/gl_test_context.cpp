@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include "render/TextureUpload.h"
+
 namespace {
 bool g_WindowReady = false;
 
@@ -24,6 +26,8 @@ void OpenWindowOnce() {
     glDepthFunc(GL_LEQUAL);
     glEnable(GL_LIGHTING);
     glEnable(GL_LIGHT0);
+    // As at the engine's start-up: inserted meshes upload their textures.
+    InstallTextureUpload();
     g_WindowReady = true;
 }
 }  // namespace

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "gl_test_context.h"
-#include "render/Model.h"
+#include "model/Model.h"
 #include "render/TextureUpload.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "../render/gl_test_context.h"
-#include "render/Model.h"
+#include "model/Model.h"
 #include "shell/Frame.h"
 #include "shell/Window.h"
 #include "shell_test_support.h"

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "render/Model.h"
+#include "model/Model.h"
 #include "state_test_support.h"
 #include "states/Game.h"
 #include "states/MenuState.h"

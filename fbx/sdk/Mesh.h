@@ -1,0 +1,235 @@
+// Meshes of the SDK-style interface: control points, polygons, layers of per-vertex data
+// (normals, UVs, colours, materials, textures, holes) and skin deformers with their clusters.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fbx/sdk/SceneNode.h"
+
+class KFbxTexture;
+
+class KFbxLayerElement {
+public:
+    enum EMappingMode {
+        eNONE = 0,
+        eBY_CONTROL_POINT = 1,
+        eBY_POLYGON_VERTEX = 2,
+        eBY_POLYGON = 3,
+        eBY_EDGE = 4,
+        eALL_SAME = 5,
+    };
+    enum EReferenceMode {
+        eDIRECT = 0,
+        eINDEX = 1,
+        eINDEX_TO_DIRECT = 2,
+    };
+    enum ELayerElementType {
+        eUNDEFINED,
+        eNORMAL,
+        eBINORMAL,
+        eTANGENT,
+        eMATERIAL,
+        eUV,
+        eVERTEX_COLOR,
+        eSMOOTHING,
+        eHOLE,
+        eDIFFUSE_TEXTURES,
+        eEMISSIVE_TEXTURES,
+        eAMBIENT_TEXTURES,
+        eSPECULAR_TEXTURES,
+        eTRANSPARENT_TEXTURES,
+        eREFLECTION_TEXTURES,
+    };
+
+    virtual ~KFbxLayerElement() = default;
+    EMappingMode GetMappingMode() const { return m_Mapping; }
+    EReferenceMode GetReferenceMode() const { return m_Reference; }
+    const char* GetName() const { return m_Name.c_str(); }
+
+private:
+    friend class fbx::SceneBuilder;
+    EMappingMode m_Mapping = eNONE;
+    EReferenceMode m_Reference = eDIRECT;
+    std::string m_Name;
+};
+
+// A read-only array of layer data; GetAt out of range gives a default value.
+template <class T>
+class KFbxLayerElementArrayTemplate {
+public:
+    int GetCount() const { return static_cast<int>(m_Items.size()); }
+    T GetAt(int index) const {
+        return index >= 0 && index < GetCount() ? m_Items[static_cast<std::size_t>(index)] : T();
+    }
+    T operator[](int index) const { return GetAt(index); }
+
+private:
+    friend class fbx::SceneBuilder;
+    std::vector<T> m_Items;
+};
+
+template <class T>
+class KFbxLayerElementTemplate : public KFbxLayerElement {
+public:
+    const KFbxLayerElementArrayTemplate<T>& GetDirectArray() const { return m_Direct; }
+    const KFbxLayerElementArrayTemplate<int>& GetIndexArray() const { return m_Index; }
+
+private:
+    friend class fbx::SceneBuilder;
+    KFbxLayerElementArrayTemplate<T> m_Direct;
+    KFbxLayerElementArrayTemplate<int> m_Index;
+};
+
+class KFbxLayerElementNormal : public KFbxLayerElementTemplate<KFbxVector4> {};
+class KFbxLayerElementBinormal : public KFbxLayerElementTemplate<KFbxVector4> {};
+class KFbxLayerElementTangent : public KFbxLayerElementTemplate<KFbxVector4> {};
+class KFbxLayerElementUV : public KFbxLayerElementTemplate<KFbxVector2> {};
+class KFbxLayerElementVertexColor : public KFbxLayerElementTemplate<KFbxColor> {};
+class KFbxLayerElementMaterial : public KFbxLayerElementTemplate<KFbxSurfaceMaterial*> {};
+class KFbxLayerElementHole : public KFbxLayerElementTemplate<bool> {};
+class KFbxLayerElementSmoothing : public KFbxLayerElementTemplate<int> {};
+
+class KFbxLayerElementTexture : public KFbxLayerElementTemplate<KFbxTexture*> {
+public:
+    enum EBlendMode { eTRANSLUCENT, eADD, eMODULATE, eMODULATE2 };
+    EBlendMode GetBlendMode() const { return m_BlendMode; }
+    double GetAlpha() const { return m_Alpha; }
+
+private:
+    friend class fbx::SceneBuilder;
+    EBlendMode m_BlendMode = eTRANSLUCENT;
+    double m_Alpha = 1.0;
+};
+
+// One numbered layer of a mesh: at most one element of each kind; null when absent.
+class KFbxLayer {
+public:
+    KFbxLayerElementNormal* GetNormals() const { return m_Normals; }
+    KFbxLayerElementBinormal* GetBinormals() const { return m_Binormals; }
+    KFbxLayerElementTangent* GetTangents() const { return m_Tangents; }
+    KFbxLayerElementUV* GetUVs(
+        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const;
+    KFbxLayerElementVertexColor* GetVertexColors() const { return m_Colors; }
+    KFbxLayerElementMaterial* GetMaterials() const { return m_Materials; }
+    KFbxLayerElementTexture* GetTextures(
+        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const;
+    KFbxLayerElementHole* GetHoles() const { return m_Holes; }
+    KFbxLayerElementSmoothing* GetSmoothing() const { return m_Smoothing; }
+
+private:
+    friend class fbx::SceneBuilder;
+    KFbxLayerElementNormal* m_Normals = nullptr;
+    KFbxLayerElementBinormal* m_Binormals = nullptr;
+    KFbxLayerElementTangent* m_Tangents = nullptr;
+    KFbxLayerElementUV* m_UVs = nullptr;
+    KFbxLayerElementVertexColor* m_Colors = nullptr;
+    KFbxLayerElementMaterial* m_Materials = nullptr;
+    KFbxLayerElementTexture* m_Textures = nullptr;
+    KFbxLayerElementHole* m_Holes = nullptr;
+    KFbxLayerElementSmoothing* m_Smoothing = nullptr;
+};
+
+class KFbxDeformer : public KFbxObject {
+    KFBX_CLASS(KFbxDeformer)
+public:
+    enum EDeformerType { eUNIDENTIFIED, eSKIN, eVERTEX_CACHE };
+    virtual EDeformerType GetDeformerType() const { return eUNIDENTIFIED; }
+
+protected:
+    KFbxDeformer(KFbxSdkManager* manager, const char* name) : KFbxObject(manager, name) {}
+};
+
+class KFbxCluster : public KFbxObject {
+    KFBX_CLASS(KFbxCluster)
+public:
+    KFbxCluster(KFbxSdkManager* manager, const char* name) : KFbxObject(manager, name) {}
+
+    // Control points that the link moves and their weights (arrays of the same length).
+    int GetControlPointIndicesCount() const { return static_cast<int>(m_Indices.size()); }
+    int* GetControlPointIndices() const;
+    double* GetControlPointWeights() const;
+    // The bone.
+    KFbxNode* GetLink() const { return m_Link; }
+    KFbxXMatrix& GetTransformMatrix(KFbxXMatrix& matrix) const;
+    KFbxXMatrix& GetTransformLinkMatrix(KFbxXMatrix& matrix) const;
+
+private:
+    friend class fbx::SceneBuilder;
+    mutable std::vector<int> m_Indices;
+    mutable std::vector<double> m_Weights;
+    KFbxNode* m_Link = nullptr;
+    KFbxXMatrix m_Transform;
+    KFbxXMatrix m_TransformLink;
+};
+
+class KFbxSkin : public KFbxDeformer {
+    KFBX_CLASS(KFbxSkin)
+public:
+    KFbxSkin(KFbxSdkManager* manager, const char* name) : KFbxDeformer(manager, name) {}
+    EDeformerType GetDeformerType() const override { return eSKIN; }
+    int GetClusterCount() const { return static_cast<int>(m_Clusters.size()); }
+    KFbxCluster* GetCluster(int index) const;
+
+private:
+    friend class fbx::SceneBuilder;
+    std::vector<KFbxCluster*> m_Clusters;
+};
+
+// Node attributes that carry control points and deformers.
+class KFbxGeometry : public KFbxNodeAttribute {
+    KFBX_CLASS(KFbxGeometry)
+public:
+    int GetDeformerCount() const { return static_cast<int>(m_Deformers.size()); }
+    int GetDeformerCount(KFbxDeformer::EDeformerType type) const;
+    KFbxDeformer* GetDeformer(int index) const;
+    KFbxDeformer* GetDeformer(int index, KFbxDeformer::EDeformerType type) const;
+
+    int GetControlPointsCount() const { return static_cast<int>(m_ControlPoints.size()); }
+    // Null when there are none.
+    KFbxVector4* GetControlPoints() const;
+    KFbxVector4 GetControlPointAt(int index) const;
+
+    int GetLayerCount() const { return static_cast<int>(m_Layers.size()); }
+    KFbxLayer* GetLayer(int index) const;
+
+protected:
+    KFbxGeometry(KFbxSdkManager* manager, const char* name, EAttributeType type)
+        : KFbxNodeAttribute(manager, name, type) {}
+
+private:
+    friend class fbx::SceneBuilder;
+    std::vector<KFbxDeformer*> m_Deformers;
+    mutable std::vector<KFbxVector4> m_ControlPoints;
+    std::vector<std::unique_ptr<KFbxLayer>> m_Layers;
+    std::vector<std::unique_ptr<KFbxLayerElement>> m_Elements;
+};
+
+class KFbxMesh : public KFbxGeometry {
+    KFBX_CLASS(KFbxMesh)
+public:
+    static KFbxMesh* Create(KFbxSdkManager* manager, const char* name);
+    KFbxMesh(KFbxSdkManager* manager, const char* name) : KFbxGeometry(manager, name, eMESH) {}
+
+    int GetPolygonCount() const { return static_cast<int>(m_PolygonStarts.size()); }
+    // Corners of polygon p; -1 when p is out of range.
+    int GetPolygonSize(int polygon) const;
+    // Control-point index of corner k of polygon p; -1 when out of range.
+    int GetPolygonVertex(int polygon, int corner) const;
+    // Corners of all polygons together.
+    int GetPolygonVertexCount() const { return static_cast<int>(m_Corners.size()); }
+    // Index of the first corner of polygon p in the corner list; -1 when out of range.
+    int GetPolygonVertexIndex(int polygon) const;
+    // The UV index of a corner for the first layer holding UVs of that kind: through the
+    // index array when the UVs are indexed, else the corner's own position; -1 when the
+    // corner or UVs are missing.
+    int GetTextureUVIndex(
+        int polygon, int corner,
+        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const;
+
+private:
+    friend class fbx::SceneBuilder;
+    std::vector<int> m_Corners;        // control-point index per corner
+    std::vector<int> m_PolygonStarts;  // first corner of each polygon
+};

@@ -1,0 +1,52 @@
+// Turns an object graph into an SDK-style scene: nodes, attributes, meshes, skins, materials,
+// textures and per-take curves. Internal to the library; the importer drives it.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "fbx/graph/ObjectGraph.h"
+
+class KFbxScene;
+class KFbxNode;
+class KFbxObject;
+class KFbxMesh;
+class KFbxNodeAttribute;
+class KFbxSurfaceMaterial;
+class KFbxTexture;
+
+namespace fbx {
+
+// What to read beyond nodes and geometry (the reader options of the same names).
+struct BuildOptions {
+    bool materials = true;
+    bool textures = true;
+    bool links = true;  // skins and clusters
+    bool animation = true;
+};
+
+class SceneBuilder {
+public:
+    // Fills an empty scene from the graph. Never fails: what is missing stays out.
+    static void Build(const ObjectGraph& graph, KFbxScene& scene, const BuildOptions& options);
+
+private:
+    SceneBuilder(const ObjectGraph& graph, KFbxScene& scene, const BuildOptions& options);
+
+    void ReadTakeNames();
+    void BuildNodes();
+    KFbxNodeAttribute* BuildAttribute(std::size_t model, KFbxNode& node);
+    KFbxMesh* BuildMesh(std::size_t geometry, KFbxNode& node);
+    void BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& node);
+    void BuildSkins(std::size_t geometry, KFbxMesh& mesh);
+    KFbxSurfaceMaterial* BuildMaterial(std::size_t material);
+    KFbxTexture* BuildTexture(std::size_t texture);
+    void BuildAnimation();
+
+    const ObjectGraph& m_Graph;
+    KFbxScene& m_Scene;
+    BuildOptions m_Options;
+    std::vector<KFbxObject*> m_Built;  // scene object per graph object, or null
+};
+
+}  // namespace fbx

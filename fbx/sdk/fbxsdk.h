@@ -1,0 +1,11 @@
+// The SDK-style interface of the scene-interchange library, in one header: the manager,
+// scenes and nodes, meshes with their layers and skins, materials and textures, take curves,
+// and the importer with its options.
+#pragma once
+
+#include "fbx/sdk/Importer.h"
+#include "fbx/sdk/Material.h"
+#include "fbx/sdk/Mesh.h"
+#include "fbx/sdk/SceneNode.h"
+#include "fbx/sdk/SdkObject.h"
+#include "fbx/sdk/SdkTypes.h"

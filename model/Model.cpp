@@ -1,0 +1,27 @@
+#include "model/Model.h"
+
+#include <utility>
+
+namespace {
+MeshInsertedHook g_MeshInserted = nullptr;
+}
+
+void SetMeshInsertedHook(MeshInsertedHook hook) {
+    g_MeshInserted = hook;
+}
+
+bool Model::AddMesh(const std::string& name, const Mesh& mesh) {
+    if (m_Meshes.count(name) != 0)
+        return false;
+    return AddMesh(name, Mesh(mesh));
+}
+
+bool Model::AddMesh(const std::string& name, Mesh&& mesh) {
+    const auto inserted = m_Meshes.try_emplace(name, std::move(mesh));
+    if (!inserted.second) {
+        return false;
+    }
+    if (g_MeshInserted)
+        g_MeshInserted(inserted.first->second);
+    return true;
+}

@@ -1,0 +1,85 @@
+// The engine's in-memory model: what the importer fills and what drawing reads.
+//
+// A Model owns its meshes, node records and animations by value; a Mesh owns its polygons
+// and materials; a Polygon owns its vertices. Nothing is shared between models.
+#pragma once
+
+#include <list>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "model/Animation.h"
+#include "model/Material.h"
+#include "model/NodePool.h"
+#include "model/SkinInfluences.h"
+
+struct Vertex {
+    float m_Point[3] = {0.0f, 0.0f, 0.0f};      // the imported control point
+    float m_FacePoint[3] = {0.0f, 0.0f, 0.0f};  // used for the polygon's face normal
+    float m_Position[3] = {0.0f, 0.0f, 0.0f};   // sent to OpenGL
+    float m_Color[4] = {0.7f, 0.7f, 0.7f, 1.0f};
+    float m_UV[2] = {-1.0f, -1.0f};  // before the material's texture scale
+    SkinInfluences m_Skin;
+};
+
+struct Polygon {
+    unsigned int m_Flags = 0;  // importer bookkeeping; drawing does not read it
+    // (-1, -1, -1) until drawing computes the face normal; -1 in [0] means "not computed".
+    float m_Normal[3] = {-1.0f, -1.0f, -1.0f};
+    std::list<Vertex, PoolAllocator<Vertex>> m_Vertices;  // winding order
+};
+
+// A bone record of a skinned mesh: the cluster's link node and its matrices.
+struct Bone {
+    std::string m_Name;
+    double m_Transform[16] = {};      // cluster Transform (mesh at bind time)
+    double m_TransformLink[16] = {};  // cluster TransformLink (bone at bind time)
+};
+
+struct Mesh {
+    std::string m_NodeName;  // the scene node the mesh came from; keys the node transform
+    int m_DisplayList = -1;  // -1 until the first draw compiles it
+    float m_Translation[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+    float m_Rotation[4] = {0.0f, 0.0f, 0.0f, 0.0f};  // degrees; applied Z, then Y, then X
+    // Filled by the import from the node; drawing does not read these.
+    float m_Scaling[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+    float m_GeometricScaling[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+    float m_Pivot[4] = {1.0f, 1.0f, 1.0f, 1.0f};
+    float m_GeometricTranslation[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+    bool m_Static = false;  // true: the per-frame node transform is not applied
+    std::vector<Polygon> m_Polygons;
+    std::vector<Material> m_Materials;     // drawing uses only the first
+    std::vector<std::string> m_BoneNames;  // names that SkinInfluence::m_Bone indexes
+    std::vector<Bone> m_Bones;
+};
+
+// One scene node, as the import's node traversal records it.
+struct NodeInfo {
+    std::string m_Name;
+    std::string m_Parent;                      // empty for a hierarchy root
+    float m_Rotation[3] = {0.0f, 0.0f, 0.0f};  // the node's own rotation, degrees X, Y, Z
+    float m_Translation[3] = {0.0f, 0.0f, 0.0f};
+    float m_Scaling[3] = {1.0f, 1.0f, 1.0f};
+};
+
+struct Model {
+    float m_Position[3] = {0.0f, 0.0f, 0.0f};
+    float m_Rotation[3] = {0.0f, 0.0f, 0.0f};  // degrees about X, Y, Z
+    int m_Frame = 0;  // current animation frame; out of a node's range means no transform
+    std::map<std::string, Animation> m_Animations;  // by node name
+    std::map<std::string, NodeInfo> m_Nodes;        // by node name
+    std::map<std::string, Mesh> m_Meshes;           // by mesh name; drawn in this order
+
+    // Inserts a mesh under its name and hands the inserted mesh to the mesh-insertion hook
+    // (the drawing side installs one that uploads the first material's texture to OpenGL).
+    // Returns false, calling no hook, when the name is already taken.
+    bool AddMesh(const std::string& name, const Mesh& mesh);
+    // The same, taking over the mesh instead of copying it.
+    bool AddMesh(const std::string& name, Mesh&& mesh);
+};
+
+// Called with every mesh that Model::AddMesh inserts; null (the default) calls nothing. The
+// model records know nothing of OpenGL: the drawing side installs its texture upload here.
+using MeshInsertedHook = void (*)(const Mesh& mesh);
+void SetMeshInsertedHook(MeshInsertedHook hook);
