@@ -12,54 +12,6 @@
 #include "shell/Window.h"
 #include "states/Clock.h"
 #include "states/Game.h"
-#include "states/GameState.h"
-
-bool KeyPressedThisFrame(const Game& game, char key) {
-    const auto code = static_cast<signed char>(key);
-    if (static_cast<unsigned char>(key) == 0xFF || code < 0) {
-        return false;
-    }
-    return game.m_Keyboard.m_KeyState[static_cast<unsigned char>(code)] == kKeyPressed;
-}
-
-void HandleGlobalKeys(Game& game) {
-    if (KeyPressedThisFrame(game, game.m_ReloadKey)) {
-        game.LoadStates();
-    }
-    if (KeyPressedThisFrame(game, game.m_ReturnKey)) {
-        game.m_CurrentState = game.m_DefaultState;
-        for (auto& entry : game.m_States) {
-            if (entry.second != nullptr) {
-                entry.second->Reset();
-            }
-        }
-    }
-}
-
-void UpdateStates(Game& game, int elapsed) {
-    for (auto& entry : game.m_States) {
-        GameState* state = entry.second;
-        if (state == nullptr) {
-            continue;
-        }
-        if (entry.first != game.m_CurrentState) {
-            state->SetVisible(false);
-            continue;
-        }
-        if (state->IsLoaded()) {
-            state->SetVisible(true);
-            state->Update(elapsed);
-            if (game.m_Loader != nullptr) {
-                game.m_Loader->SetVisible(false);
-            }
-        } else {
-            state->SetVisible(false);
-            if (game.m_Loader != nullptr) {
-                game.m_Loader->SetVisible(true);
-            }
-        }
-    }
-}
 
 void DrawFrame(Game& game) {
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
@@ -84,9 +36,9 @@ void RunFrame() {
     game.m_FrameStartClock = ClockMilliseconds();
     StepKeyboard(game.m_Keyboard);
     game.m_DrawList.clear();
-    HandleGlobalKeys(game);
+    game.HandleGlobalKeys();
     const int elapsed = StepTimer(game, ClockMilliseconds());
-    UpdateStates(game, elapsed);
+    game.UpdateStates(elapsed);
     DrawFrame(game);
     glutSwapBuffers();
 

@@ -33,6 +33,17 @@ public:
     // (Re)reads the state table named by m_StatesFile.
     void LoadStates();
 
+    // Whether a stored key character was pressed in this frame. Only codes 0 to 127 can
+    // match, and the byte 0xFF (no key configured) never does.
+    bool KeyPressedThisFrame(char key) const;
+    // The reload key re-reads the state table; the return key returns to the default state.
+    void HandleGlobalKeys();
+    // Makes the default state current and resets every state in name order.
+    void ReturnToDefaultState();
+    // Tells every state whether it is shown; the current state, once loaded, is updated with
+    // the elapsed milliseconds (and fills the draw list); until then the loading screen shows.
+    void UpdateStates(int elapsed);
+
     bool m_Active = true;
     int m_TimerLastClock = 0;
     int m_TimerCurrentClock = 0;

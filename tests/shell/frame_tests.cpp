@@ -59,7 +59,7 @@ protected:
             ReleaseKey(m_Game->m_Keyboard, key);
         }
         StepKeyboard(m_Game->m_Keyboard);
-        HandleGlobalKeys(*m_Game);
+        m_Game->HandleGlobalKeys();
     }
 
     std::unique_ptr<Game> m_Game;
@@ -73,7 +73,7 @@ TEST_F(FrameTest, LoadedCurrentStateIsShownUpdatedAndHidesTheLoader) {
     AddState("b");
     AddLoader();
     m_Game->m_CurrentState = "b";
-    UpdateStates(*m_Game, 16);
+    m_Game->UpdateStates(16);
     EXPECT_EQ(m_Log, (std::vector<std::string>{"a hidden", "b shown", "b update 16",
                                                "loader hidden", "c hidden"}));
 }
@@ -83,7 +83,7 @@ TEST_F(FrameTest, UnloadedCurrentStateShowsTheLoaderInstead) {
     AddState("b", false);
     AddLoader();
     m_Game->m_CurrentState = "b";
-    UpdateStates(*m_Game, 16);
+    m_Game->UpdateStates(16);
     EXPECT_EQ(m_Log, (std::vector<std::string>{"a hidden", "b hidden", "loader shown"}));
 }
 
@@ -91,7 +91,7 @@ TEST_F(FrameTest, NoMatchingStateHidesEveryStateAndUpdatesNone) {
     AddState("a");
     AddState("B");  // names compare exactly
     m_Game->m_CurrentState = "b";
-    UpdateStates(*m_Game, 16);
+    m_Game->UpdateStates(16);
     EXPECT_EQ(m_Log, (std::vector<std::string>{"B hidden", "a hidden"}));
 }
 
@@ -116,14 +116,14 @@ TEST_F(FrameTest, OnlyKeyCodesBelow128CanFire) {
     m_Game->m_Keyboard.m_KeyState[200] = kKeyPressed;
     m_Game->m_Keyboard.m_KeyState[255] = kKeyPressed;
     m_Game->m_Keyboard.m_KeyState['h'] = kKeyHeld;
-    EXPECT_TRUE(KeyPressedThisFrame(*m_Game, 'q'));
-    EXPECT_FALSE(KeyPressedThisFrame(*m_Game, 'h'));
-    EXPECT_FALSE(KeyPressedThisFrame(*m_Game, static_cast<char>(200)));
-    EXPECT_FALSE(KeyPressedThisFrame(*m_Game, static_cast<char>(0xFF)));
+    EXPECT_TRUE(m_Game->KeyPressedThisFrame('q'));
+    EXPECT_FALSE(m_Game->KeyPressedThisFrame('h'));
+    EXPECT_FALSE(m_Game->KeyPressedThisFrame(static_cast<char>(200)));
+    EXPECT_FALSE(m_Game->KeyPressedThisFrame(static_cast<char>(0xFF)));
 
     AddState("a");
     m_Game->m_ReturnKey = static_cast<char>(200);
-    HandleGlobalKeys(*m_Game);
+    m_Game->HandleGlobalKeys();
     EXPECT_TRUE(m_Log.empty());
 }
 
