@@ -166,6 +166,11 @@ private:
     bool ParseBody(Record& record, int depth);
     bool ParseToken(Token& token);
     bool ParseNumber(Token& token);
+    std::string_view ScanNumber();
+    void SkipNanPayload(const char* start);
+    bool ReadInteger(std::string_view text, Token& token);
+    bool ReadDecimal(std::string_view text, Token& token);
+    bool ReadRuntimeSpecial(std::string_view text, Token& token);
     bool ParseArray(Record& record, const char* start);
     void StoreValues(Record& record);
     void StoreArray(Record& record);
@@ -262,64 +267,98 @@ bool AsciiReader::ParseBody(Record& record, int depth) {
     return true;
 }
 
-bool AsciiReader::ParseNumber(Token& token) {
+// The text of a number at the cursor: digits, signs, points, exponents and the letters of
+// spellings such as "1.#INF" or "-nan(ind)".
+std::string_view AsciiReader::ScanNumber() {
     const char* start = m_Cur;
     while (m_Cur < m_End && IsNumberChar(*m_Cur))
         ++m_Cur;
-    const char* first = start;
-    const char* last = m_Cur;
-    if (first < last && *first == '+')
-        ++first;
+    SkipNanPayload(start);
+    return std::string_view(start, static_cast<std::size_t>(m_Cur - start));
+}
 
-    bool plain = true;  // only digits after an optional sign
-    for (const char* p = (first < last && *first == '-') ? first + 1 : first; p < last; ++p) {
-        if (!IsDigit(*p)) {
-            plain = false;
-            break;
-        }
+// C runtimes print some not-a-numbers as "nan(ind)" or "-nan(snan)": after a "nan", take a
+// parenthesised run of letters, digits and underscores as part of it.
+void AsciiReader::SkipNanPayload(const char* start) {
+    if (m_Cur - start < 3 || !EqualsNoCase(std::string_view(m_Cur - 3, 3), "nan") ||
+        m_Cur >= m_End || *m_Cur != '(') {
+        return;
     }
-    if (plain) {
-        auto [ptr, ec] = std::from_chars(first, last, token.i);
-        if (ec == std::errc() && ptr == last) {
-            token.kind = Token::Int;
-            return true;
-        }
-    }
-    auto [ptr, ec] = std::from_chars(first, last, token.d);
-    token.kind = Token::Float;
-    if (ptr == last && (ec == std::errc() || ec == std::errc::result_out_of_range)) {
-        if (ec == std::errc::result_out_of_range) {
-            // Too large (or too small) for a double: keep the sign and the magnitude's end.
-            const bool negative = *first == '-';
-            const bool tiny =
-                std::string_view(first, last - first).find_first_of("eE") !=
-                    std::string_view::npos &&
-                std::string_view(first, last - first).find("e-") != std::string_view::npos;
-            token.d = tiny ? 0.0 : std::numeric_limits<double>::infinity();
-            if (negative)
-                token.d = -token.d;
-        }
+    const char* p = m_Cur + 1;
+    while (p < m_End && (IsAlpha(*p) || IsDigit(*p) || *p == '_'))
+        ++p;
+    if (p < m_End && *p == ')')
+        m_Cur = p + 1;
+}
+
+bool AsciiReader::ParseNumber(Token& token) {
+    const char* start = m_Cur;
+    std::string_view text = ScanNumber();
+    if (!text.empty() && text[0] == '+')
+        text.remove_prefix(1);
+    if (ReadInteger(text, token) || ReadDecimal(text, token) || ReadRuntimeSpecial(text, token))
         return true;
-    }
-    // Some tools print special values the C runtime's way: "-1.#IND", "1.#INF", "1.#QNAN".
-    const std::string_view text(first, static_cast<std::size_t>(last - first));
-    const std::size_t hash = text.find('#');
-    if (hash != std::string_view::npos) {
-        const std::string_view tag = text.substr(hash + 1);
-        const bool negative = text[0] == '-';
-        if (tag.rfind("INF", 0) == 0) {
-            token.d = negative ? -std::numeric_limits<double>::infinity()
-                               : std::numeric_limits<double>::infinity();
-            return true;
-        }
-        if (tag.rfind("IND", 0) == 0 || tag.rfind("QNAN", 0) == 0 || tag.rfind("SNAN", 0) == 0 ||
-            tag.rfind("NAN", 0) == 0) {
-            token.d = std::numeric_limits<double>::quiet_NaN();
-            return true;
-        }
-    }
     return Fail("\"" + std::string(start, static_cast<std::size_t>(m_Cur - start)) + "\" at " +
                 Line(start) + " is not a number");
+}
+
+// Only digits after an optional minus sign, within 64 bits.
+bool AsciiReader::ReadInteger(std::string_view text, Token& token) {
+    const std::size_t digitsFrom = !text.empty() && text[0] == '-' ? 1 : 0;
+    for (std::size_t i = digitsFrom; i < text.size(); ++i) {
+        if (!IsDigit(text[i]))
+            return false;
+    }
+    const char* last = text.data() + text.size();
+    auto [ptr, ec] = std::from_chars(text.data(), last, token.i);
+    if (ec != std::errc() || ptr != last)
+        return false;
+    token.kind = Token::Int;
+    return true;
+}
+
+// Decimals and exponents, and "inf", "infinity", "nan", "nan(...)" in any letter case.
+bool AsciiReader::ReadDecimal(std::string_view text, Token& token) {
+    const char* first = text.data();
+    const char* last = first + text.size();
+    auto [ptr, ec] = std::from_chars(first, last, token.d);
+    token.kind = Token::Float;
+    if (ptr != last || (ec != std::errc() && ec != std::errc::result_out_of_range))
+        return false;
+    if (ec == std::errc::result_out_of_range) {
+        // Too large (or too small) for a double: keep the sign and the magnitude's end.
+        const bool negative = *first == '-';
+        const bool tiny = text.find_first_of("eE") != std::string_view::npos &&
+                          text.find("e-") != std::string_view::npos;
+        token.d = tiny ? 0.0 : std::numeric_limits<double>::infinity();
+        if (negative)
+            token.d = -token.d;
+    }
+    return true;
+}
+
+// The older Windows runtime's spellings, any letter case: "1.#INF", "-1.#INF", "1.#IND",
+// "-1.#IND", "1.#QNAN", "1.#SNAN", with whatever digits it printed after them ("1.#INF00").
+bool AsciiReader::ReadRuntimeSpecial(std::string_view text, Token& token) {
+    const std::size_t hash = text.find('#');
+    if (hash == std::string_view::npos)
+        return false;
+    const std::string_view tag = text.substr(hash + 1);
+    auto startsWith = [&tag](std::string_view prefix) {
+        return tag.size() >= prefix.size() && EqualsNoCase(tag.substr(0, prefix.size()), prefix);
+    };
+    const bool negative = text[0] == '-';
+    token.kind = Token::Float;
+    if (startsWith("INF")) {
+        token.d = negative ? -std::numeric_limits<double>::infinity()
+                           : std::numeric_limits<double>::infinity();
+        return true;
+    }
+    if (startsWith("IND") || startsWith("QNAN") || startsWith("SNAN") || startsWith("NAN")) {
+        token.d = std::numeric_limits<double>::quiet_NaN();
+        return true;
+    }
+    return false;
 }
 
 bool AsciiReader::ParseToken(Token& token) {
@@ -346,6 +385,7 @@ bool AsciiReader::ParseToken(Token& token) {
         const std::string_view word(start, static_cast<std::size_t>(m_Cur - start));
         if (EqualsNoCase(word, "nan") || EqualsNoCase(word, "inf") ||
             EqualsNoCase(word, "infinity")) {
+            SkipNanPayload(start);
             token.kind = Token::Float;
             token.d = word[0] == 'n' || word[0] == 'N' ? std::numeric_limits<double>::quiet_NaN()
                                                        : std::numeric_limits<double>::infinity();

@@ -8,16 +8,13 @@
 #include <utility>
 #include <vector>
 
+#include "fbx/format/BinaryHeader.h"
 #include "fbx/format/Parse.h"
 #include "fbx/format/ParseLimits.h"
 
 namespace fbx {
 
 namespace {
-
-constexpr char kBinaryMagic[] = "Kaydara FBX Binary  ";   // 20 characters, then the NUL
-constexpr std::size_t kMagicSize = sizeof(kBinaryMagic);  // 21 bytes, NUL included
-constexpr std::size_t kFileHeaderSize = 27;
 
 inline std::uint16_t Swap(std::uint16_t v) {
     return __builtin_bswap16(v);
@@ -55,6 +52,91 @@ struct DecompressorDeleter {
 bool IsLetterByte(std::uint8_t c) {
     return c >= 0x20 && c < 0x7f;
 }
+
+std::string HexCode(std::uint8_t type) {
+    static const char kHex[] = "0123456789abcdef";
+    std::string code = "0x";
+    code += kHex[type >> 4];
+    code += kHex[type & 15];
+    return code;
+}
+
+// An array type code: the size of one element in the file, and how the elements are kept.
+// Character arrays ('c', one byte an element; some tools store thumbnails in them) are kept
+// as Int32Array, each byte read as an unsigned number.
+struct ArrayCode {
+    std::size_t elementSize = 0;
+    ValueType storedAs = ValueType::BoolArray;
+    bool bytesAsInt32 = false;
+};
+
+bool FindArrayCode(std::uint8_t type, ArrayCode& code) {
+    switch (type) {
+        case 'b':
+            code = {1, ValueType::BoolArray, false};
+            return true;
+        case 'c':
+            code = {1, ValueType::Int32Array, true};
+            return true;
+        case 'i':
+            code = {4, ValueType::Int32Array, false};
+            return true;
+        case 'l':
+            code = {8, ValueType::Int64Array, false};
+            return true;
+        case 'f':
+            code = {4, ValueType::Float32Array, false};
+            return true;
+        case 'd':
+            code = {8, ValueType::Float64Array, false};
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The size in the file of a numeric scalar ('C', 'Y', 'I', 'L', 'F', 'D'), else 0.
+std::size_t NumericScalarSize(std::uint8_t type) {
+    switch (type) {
+        case 'C':
+            return 1;
+        case 'Y':
+            return 2;
+        case 'I':
+        case 'F':
+            return 4;
+        case 'L':
+        case 'D':
+            return 8;
+        default:
+            return 0;
+    }
+}
+
+std::vector<std::uint8_t> WidenBytesToInt32(const std::vector<std::uint8_t>& bytes) {
+    std::vector<std::uint8_t> wide(bytes.size() * 4);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const std::int32_t v = bytes[i];
+        std::memcpy(wide.data() + 4 * i, &v, 4);
+    }
+    return wide;
+}
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+// A record header's fields, before they are checked.
+struct RecordHeader {
+    std::uint64_t endOffset = 0;  // 0 in the files of some writers: the contents decide
+    std::uint64_t valueCount = 0;
+    std::uint64_t valueBytes = 0;
+    std::size_t nameLength = 0;
+};
+
+// Where a record ends, and whether its header said so.
+struct RecordExtent {
+    std::size_t end = 0;
+    bool stated = true;  // false for a record whose end offset was written as 0
+};
 
 class BinaryReader {
 public:
@@ -101,6 +183,16 @@ private:
         return m_Wide ? Load<std::uint64_t>(pos) : Load<std::uint32_t>(pos);
     }
 
+    RecordHeader LoadHeader(std::size_t pos) const {
+        const std::size_t fieldSize = m_Wide ? 8 : 4;
+        RecordHeader header;
+        header.endOffset = LoadField(pos);
+        header.valueCount = LoadField(pos + fieldSize);
+        header.valueBytes = LoadField(pos + 2 * fieldSize);
+        header.nameLength = m_Data[pos + 3 * fieldSize];
+        return header;
+    }
+
     bool IsNullRecord(std::size_t pos) const {
         for (std::size_t i = 0; i < m_HeaderSize; ++i) {
             if (m_Data[pos + i] != 0)
@@ -118,13 +210,38 @@ private:
         return "record \"" + record.name + "\" at offset " + std::to_string(offset);
     }
 
-    bool ParseRecord(std::size_t pos, std::size_t limit, Record& out, int depth, std::size_t& end);
+    // Records.
+    bool ParseRecord(std::size_t pos, std::size_t limit, bool limitIsEnd, Record& out, int depth,
+                     RecordExtent& extent);
+    bool ReadName(std::size_t pos, std::size_t limit, const RecordHeader& header, Record& out);
+    bool CheckStatedEnd(std::size_t pos, std::size_t limit, std::size_t valuesStart,
+                        std::uint64_t endOffset, const Record& out);
+    bool CheckValueSizes(std::size_t pos, std::size_t valuesStart, std::size_t valuesLimit,
+                         const RecordHeader& header, const Record& out);
+    std::size_t EndOfUnstatedRecord(std::size_t valuesEnd, std::size_t limit,
+                                    bool limitIsEnd) const;
+    bool LooksLikeRecord(std::size_t pos, std::size_t limit) const;
+    bool ParseChildren(std::size_t pos, std::size_t first, std::size_t end, Record& out, int depth);
+    bool FailUnstatedWithChildren(std::size_t unstatedAt, const Record& unstated);
+
+    // Values.
     bool ParseValues(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
                      std::size_t recordOffset, Record& out);
+    bool ParseScalar(std::size_t& q, std::size_t valuesEnd, std::uint8_t type, std::uint64_t index,
+                     std::size_t recordOffset, Record& out);
+    bool ParseText(std::size_t& q, std::size_t valuesEnd, std::uint8_t type, std::uint64_t index,
+                   std::size_t recordOffset, Record& out);
     bool ParsePackedValues(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
                            Record& out);
-    bool ParseArray(std::size_t& q, std::size_t valuesEnd, std::uint8_t type,
+    bool PackedArrayType(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
+                         ValueType& arrayType) const;
+    void PackScalars(std::size_t pos, std::size_t count, ValueType arrayType,
+                     std::uint8_t* dst) const;
+    bool ParseArray(std::size_t& q, std::size_t valuesEnd, const ArrayCode& code,
                     std::size_t recordOffset, Record& out);
+    bool InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
+                      const ArrayCode& code, const Record& out, std::size_t recordOffset,
+                      std::vector<std::uint8_t>& bytes);
 
     const std::uint8_t* m_Data;
     std::size_t m_Size;
@@ -137,271 +254,166 @@ private:
     std::string m_Error;
 };
 
+// ---- Records -------------------------------------------------------------------------------
+
 bool BinaryReader::ParseTopLevel(std::size_t pos, Record& root) {
-    // The list ends with a null record; without one the file was cut short.
+    // The list ends with a null record; without one the file was cut short. The footer after
+    // it never looks like a record, so a record there means the null record closed the nested
+    // list of a record whose end offset was written as 0.
+    std::size_t unstatedAt = 0;
+    std::size_t unstated = kNone;  // index of the last record read without end offset
     while (m_Size - pos >= m_HeaderSize) {
-        if (IsNullRecord(pos))
+        if (IsNullRecord(pos)) {
+            if (unstated != kNone && LooksLikeRecord(pos + m_HeaderSize, m_Size))
+                return FailUnstatedWithChildren(unstatedAt, root.children[unstated]);
             return true;
+        }
         root.children.emplace_back();
-        std::size_t end = 0;
-        if (!ParseRecord(pos, m_Size, root.children.back(), 1, end))
+        RecordExtent extent;
+        if (!ParseRecord(pos, m_Size, false, root.children.back(), 1, extent))
             return false;
-        pos = end;
+        if (!extent.stated) {
+            unstatedAt = pos;
+            unstated = root.children.size() - 1;
+        }
+        pos = extent.end;
     }
     return Fail("the file ends at offset " + std::to_string(m_Size) +
                 " without the null record that closes the top-level records");
 }
 
-bool BinaryReader::ParseRecord(std::size_t pos, std::size_t limit, Record& out, int depth,
-                               std::size_t& end) {
-    // Messages are built only on failure: this runs once per record.
-    auto at = [pos] { return "record at offset " + std::to_string(pos); };
+// limit is where the enclosing record ends (or the file); limitIsEnd tells whether the
+// enclosing list's null record sits right before it, as inside a record with an end offset.
+bool BinaryReader::ParseRecord(std::size_t pos, std::size_t limit, bool limitIsEnd, Record& out,
+                               int depth, RecordExtent& extent) {
     if (depth > kMaxNesting) {
-        return Fail(at() + " is nested deeper than " + std::to_string(kMaxNesting) + " levels");
+        return Fail("record at offset " + std::to_string(pos) + " is nested deeper than " +
+                    std::to_string(kMaxNesting) + " levels");
     }
     if (limit - pos < m_HeaderSize) {
-        return Fail(limit == m_Size ? "the file ends inside the header of the " + at()
-                                    : "the header of the " + at() + " runs past its parent's end");
+        const std::string at = "record at offset " + std::to_string(pos);
+        return Fail(limit == m_Size ? "the file ends inside the header of the " + at
+                                    : "the header of the " + at + " runs past its parent's end");
     }
-    const std::size_t fieldSize = m_Wide ? 8 : 4;
-    const std::uint64_t endOffset = LoadField(pos);
-    const std::uint64_t valueCount = LoadField(pos + fieldSize);
-    const std::uint64_t valueBytes = LoadField(pos + 2 * fieldSize);
-    const std::size_t nameLength = m_Data[pos + 3 * fieldSize];
+    const RecordHeader header = LoadHeader(pos);
+    if (!ReadName(pos, limit, header, out))
+        return false;
+    const std::size_t valuesStart = pos + m_HeaderSize + header.nameLength;
+    extent.stated = header.endOffset != 0;
+    if (extent.stated && !CheckStatedEnd(pos, limit, valuesStart, header.endOffset, out))
+        return false;
+    const std::size_t valuesLimit =
+        extent.stated ? static_cast<std::size_t>(header.endOffset) : limit;
+    if (!CheckValueSizes(pos, valuesStart, valuesLimit, header, out))
+        return false;
+    const std::size_t valuesEnd = valuesStart + static_cast<std::size_t>(header.valueBytes);
+    if (!ParseValues(valuesStart, valuesEnd, header.valueCount, pos, out))
+        return false;
+    extent.end = extent.stated ? valuesLimit : EndOfUnstatedRecord(valuesEnd, limit, limitIsEnd);
+    return ParseChildren(pos, valuesEnd, extent.end, out, depth);
+}
+
+bool BinaryReader::ReadName(std::size_t pos, std::size_t limit, const RecordHeader& header,
+                            Record& out) {
     const std::size_t nameStart = pos + m_HeaderSize;
-
-    if (nameLength > limit - nameStart) {
-        return Fail("the name of the " + at() + " runs past the end of " +
-                    (limit == m_Size ? "the file" : "its parent"));
+    if (header.nameLength > limit - nameStart) {
+        return Fail("the name of the record at offset " + std::to_string(pos) +
+                    " runs past the end of " + (limit == m_Size ? "the file" : "its parent"));
     }
-    out.name.assign(reinterpret_cast<const char*>(m_Data + nameStart), nameLength);
-    const std::size_t valuesStart = nameStart + nameLength;
-    auto where = [&] { return Where(pos, out); };
+    out.name.assign(reinterpret_cast<const char*>(m_Data + nameStart), header.nameLength);
+    return true;
+}
 
+bool BinaryReader::CheckStatedEnd(std::size_t pos, std::size_t limit, std::size_t valuesStart,
+                                  std::uint64_t endOffset, const Record& out) {
     if (endOffset > limit) {
-        return Fail(where() + " ends past the end of " +
+        return Fail(Where(pos, out) + " ends past the end of " +
                     (limit == m_Size ? std::string("the file")
                                      : "its parent (offset " + std::to_string(limit) + ")"));
     }
     if (endOffset < valuesStart) {
-        return Fail(where() + " ends (offset " + std::to_string(endOffset) +
+        return Fail(Where(pos, out) + " ends (offset " + std::to_string(endOffset) +
                     ") before its own name");
     }
-    end = static_cast<std::size_t>(endOffset);
-    if (valueBytes > end - valuesStart) {
-        return Fail(where() + " declares " + std::to_string(valueBytes) +
-                    " bytes of values but only " + std::to_string(end - valuesStart) +
+    return true;
+}
+
+bool BinaryReader::CheckValueSizes(std::size_t pos, std::size_t valuesStart,
+                                   std::size_t valuesLimit, const RecordHeader& header,
+                                   const Record& out) {
+    if (header.valueBytes > valuesLimit - valuesStart) {
+        return Fail(Where(pos, out) + " declares " + std::to_string(header.valueBytes) +
+                    " bytes of values but only " + std::to_string(valuesLimit - valuesStart) +
                     " fit inside it");
     }
     // Every value takes at least two bytes (type code and payload).
-    if (valueCount > valueBytes / 2) {
-        return Fail(where() + " declares " + std::to_string(valueCount) + " values in only " +
-                    std::to_string(valueBytes) + " bytes");
+    if (header.valueCount > header.valueBytes / 2) {
+        return Fail(Where(pos, out) + " declares " + std::to_string(header.valueCount) +
+                    " values in only " + std::to_string(header.valueBytes) + " bytes");
     }
-    const std::size_t valuesEnd = valuesStart + static_cast<std::size_t>(valueBytes);
-    if (!ParseValues(valuesStart, valuesEnd, valueCount, pos, out))
+    return true;
+}
+
+// A record whose end offset was written as 0 ends where its contents end: right after its
+// values, unless a null record follows them that cannot be the one closing the enclosing list
+// (the enclosing list goes on after it): then that null record closes the record's own, empty,
+// nested list. A record without end offset that holds records of its own is not decidable;
+// its children are read as its siblings, and the enclosing list then reports the damage.
+std::size_t BinaryReader::EndOfUnstatedRecord(std::size_t valuesEnd, std::size_t limit,
+                                              bool limitIsEnd) const {
+    if (limit - valuesEnd < m_HeaderSize || !IsNullRecord(valuesEnd))
+        return valuesEnd;
+    const std::size_t after = valuesEnd + m_HeaderSize;
+    const bool listGoesOn = limitIsEnd ? after < limit : LooksLikeRecord(after, limit);
+    return listGoesOn ? after : valuesEnd;
+}
+
+// Whether a well-formed record with an end offset starts at pos.
+bool BinaryReader::LooksLikeRecord(std::size_t pos, std::size_t limit) const {
+    if (pos > limit || limit - pos < m_HeaderSize || IsNullRecord(pos))
         return false;
+    const RecordHeader header = LoadHeader(pos);
+    const std::size_t valuesStart = pos + m_HeaderSize + header.nameLength;
+    return header.nameLength > 0 && header.endOffset <= limit && header.endOffset >= valuesStart &&
+           header.valueBytes <= header.endOffset - valuesStart &&
+           header.valueCount <= header.valueBytes / 2;
+}
 
-    std::size_t child = valuesEnd;
+bool BinaryReader::ParseChildren(std::size_t pos, std::size_t first, std::size_t end, Record& out,
+                                 int depth) {
+    std::size_t unstatedAt = 0;
+    std::size_t unstated = kNone;  // index of the last child read without end offset
+    std::size_t child = first;
     while (child < end) {
-        if (end - child >= m_HeaderSize && IsNullRecord(child))
+        if (end - child >= m_HeaderSize && IsNullRecord(child)) {
+            // The null record closing this list sits right before the end; one earlier
+            // closed the nested list of a record without end offset.
+            if (unstated != kNone && end - child > m_HeaderSize)
+                return FailUnstatedWithChildren(unstatedAt, out.children[unstated]);
             break;
+        }
         out.children.emplace_back();
-        std::size_t childEnd = 0;
-        if (!ParseRecord(child, end, out.children.back(), depth + 1, childEnd))
+        RecordExtent extent;
+        if (!ParseRecord(child, end, true, out.children.back(), depth + 1, extent))
             return false;
-        if (childEnd <= child)
-            return Fail(where() + " holds a child that does not advance");
-        child = childEnd;
+        if (extent.end <= child)
+            return Fail(Where(pos, out) + " holds a child that does not advance");
+        if (!extent.stated) {
+            unstatedAt = child;
+            unstated = out.children.size() - 1;
+        }
+        child = extent.end;
     }
     return true;
 }
 
-bool BinaryReader::ParsePackedValues(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
-                                     Record& out) {
-    // First pass: are all values numeric scalars, and which array type holds them?
-    bool anyFloat = false;
-    bool anyWide = false;
-    std::size_t q = pos;
-    for (std::uint64_t i = 0; i < count; ++i) {
-        if (q >= valuesEnd)
-            return false;
-        std::size_t size = 0;
-        switch (m_Data[q]) {
-            case 'C':
-                size = 1;
-                if (valuesEnd - q > 1 && IsLetterByte(m_Data[q + 1]))
-                    return false;
-                break;
-            case 'Y':
-                size = 2;
-                break;
-            case 'I':
-                size = 4;
-                break;
-            case 'L':
-                size = 8;
-                anyWide = true;
-                break;
-            case 'F':
-                size = 4;
-                anyFloat = true;
-                break;
-            case 'D':
-                size = 8;
-                anyFloat = true;
-                break;
-            default:
-                return false;
-        }
-        if (size >= valuesEnd - q)
-            return false;
-        q += 1 + size;
-    }
-    if (q != valuesEnd)
-        return false;  // let the general path report the mismatch
-
-    const std::size_t n = static_cast<std::size_t>(count);
-    const ValueType arrayType = anyFloat  ? ValueType::Float64Array
-                                : anyWide ? ValueType::Int64Array
-                                          : ValueType::Int32Array;
-    const std::size_t elementSize = arrayType == ValueType::Int32Array ? 4 : 8;
-    std::vector<std::uint8_t> bytes(n * elementSize);
-    std::uint8_t* dst = bytes.data();
-    q = pos;
-    for (std::size_t i = 0; i < n; ++i) {
-        const std::uint8_t type = m_Data[q++];
-        std::int64_t asInt = 0;
-        double asDouble = 0.0;
-        bool isFloat = false;
-        switch (type) {
-            case 'C':
-                asInt = m_Data[q] != 0 ? 1 : 0;
-                q += 1;
-                break;
-            case 'Y':
-                asInt = Load<std::int16_t>(q);
-                q += 2;
-                break;
-            case 'I':
-                asInt = Load<std::int32_t>(q);
-                q += 4;
-                break;
-            case 'L':
-                asInt = Load<std::int64_t>(q);
-                q += 8;
-                break;
-            case 'F':
-                asDouble = Load<float>(q);
-                isFloat = true;
-                q += 4;
-                break;
-            default:
-                asDouble = Load<double>(q);
-                isFloat = true;
-                q += 8;
-                break;
-        }
-        if (arrayType == ValueType::Float64Array) {
-            const double v = isFloat ? asDouble : static_cast<double>(asInt);
-            std::memcpy(dst, &v, 8);
-            dst += 8;
-        } else if (arrayType == ValueType::Int64Array) {
-            std::memcpy(dst, &asInt, 8);
-            dst += 8;
-        } else {
-            const auto v = static_cast<std::int32_t>(asInt);
-            std::memcpy(dst, &v, 4);
-            dst += 4;
-        }
-    }
-    out.values.push_back(Value::MakeArrayFromBytes(arrayType, std::move(bytes)));
-    return true;
+bool BinaryReader::FailUnstatedWithChildren(std::size_t unstatedAt, const Record& unstated) {
+    return Fail(Where(unstatedAt, unstated) +
+                " has no end offset, and the records after it do not fit in the list that holds"
+                " it (it seems to hold records of its own)");
 }
 
-bool BinaryReader::ParseArray(std::size_t& q, std::size_t valuesEnd, std::uint8_t type,
-                              std::size_t recordOffset, Record& out) {
-    std::size_t elementSize = 0;
-    ValueType arrayType = ValueType::BoolArray;
-    switch (type) {
-        case 'b':
-            elementSize = 1;
-            arrayType = ValueType::BoolArray;
-            break;
-        case 'i':
-            elementSize = 4;
-            arrayType = ValueType::Int32Array;
-            break;
-        case 'l':
-            elementSize = 8;
-            arrayType = ValueType::Int64Array;
-            break;
-        case 'f':
-            elementSize = 4;
-            arrayType = ValueType::Float32Array;
-            break;
-        default:
-            elementSize = 8;
-            arrayType = ValueType::Float64Array;
-            break;
-    }
-    auto where = [&] { return Where(recordOffset, out); };
-    if (valuesEnd - q < 12)
-        return Fail(where() + ": an array header runs past its values");
-    const std::uint32_t count = Load<std::uint32_t>(q);
-    const std::uint32_t encoding = Load<std::uint32_t>(q + 4);
-    const std::uint32_t byteLength = Load<std::uint32_t>(q + 8);
-    q += 12;
-    if (byteLength > valuesEnd - q) {
-        return Fail(where() + ": an array of " + std::to_string(byteLength) +
-                    " bytes runs past the record's values");
-    }
-    const std::uint64_t expected = std::uint64_t{count} * elementSize;
-    std::vector<std::uint8_t> bytes;
-    if (encoding == 0) {
-        if (expected != byteLength) {
-            return Fail(where() + ": an array of " + std::to_string(count) + " elements of " +
-                        std::to_string(elementSize) + " bytes holds " + std::to_string(byteLength) +
-                        " bytes");
-        }
-        bytes.assign(m_Data + q, m_Data + q + byteLength);
-    } else if (encoding == 1) {
-        if (expected > std::uint64_t{byteLength} * kMaxInflateRatio) {
-            return Fail(where() + ": a compressed array claims " + std::to_string(count) +
-                        " elements, more than its " + std::to_string(byteLength) +
-                        " compressed bytes can hold");
-        }
-        if (expected > m_InflateBudget - m_Inflated) {
-            return Fail(where() + ": compressed arrays inflate to more than " +
-                        std::to_string(m_InflateBudget) + " bytes in total");
-        }
-        m_Inflated += static_cast<std::size_t>(expected);
-        bytes.resize(static_cast<std::size_t>(expected));
-        if (!m_Decompressor) {
-            m_Decompressor.reset(libdeflate_alloc_decompressor());
-            if (!m_Decompressor)
-                return Fail("out of memory for the deflate decoder");
-        }
-        std::size_t actual = 0;
-        const libdeflate_result result = libdeflate_zlib_decompress(
-            m_Decompressor.get(), m_Data + q, byteLength, bytes.data(), bytes.size(), &actual);
-        if (result == LIBDEFLATE_INSUFFICIENT_SPACE ||
-            (result == LIBDEFLATE_SUCCESS && actual != bytes.size())) {
-            return Fail(where() + ": a compressed array of " + std::to_string(count) +
-                        " elements decodes to a different size");
-        }
-        if (result != LIBDEFLATE_SUCCESS) {
-            return Fail(where() + ": a compressed array does not decode");
-        }
-    } else {
-        return Fail(where() + ": an array has unknown encoding " + std::to_string(encoding));
-    }
-    q += byteLength;
-    if (m_BigEndian)
-        SwapElements(bytes.data(), count, elementSize);
-    out.values.push_back(Value::MakeArrayFromBytes(arrayType, std::move(bytes)));
-    return true;
-}
+// ---- Values --------------------------------------------------------------------------------
 
 bool BinaryReader::ParseValues(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
                                std::size_t recordOffset, Record& out) {
@@ -416,89 +428,12 @@ bool BinaryReader::ParseValues(std::size_t pos, std::size_t valuesEnd, std::uint
                         " lies past the declared size of its values");
         }
         const std::uint8_t type = m_Data[q++];
-        const std::size_t left = valuesEnd - q;
-        auto need = [&](std::size_t n) {
-            if (n <= left)
-                return true;
-            return Fail(Where(recordOffset, out) + ": value " + std::to_string(i) + " of type '" +
-                        static_cast<char>(type) + "' is cut off");
-        };
-        switch (type) {
-            case 'C': {
-                if (!need(1))
-                    return false;
-                const std::uint8_t c = m_Data[q++];
-                if (IsLetterByte(c)) {
-                    out.values.push_back(
-                        Value::MakeText(std::string(1, static_cast<char>(c)), ValueType::Word));
-                } else {
-                    out.values.push_back(Value::MakeBool(c != 0));
-                }
-                break;
-            }
-            case 'Y':
-                if (!need(2))
-                    return false;
-                out.values.push_back(Value::MakeInt(Load<std::int16_t>(q), ValueType::Int16));
-                q += 2;
-                break;
-            case 'I':
-                if (!need(4))
-                    return false;
-                out.values.push_back(Value::MakeInt(Load<std::int32_t>(q), ValueType::Int32));
-                q += 4;
-                break;
-            case 'L':
-                if (!need(8))
-                    return false;
-                out.values.push_back(Value::MakeInt(Load<std::int64_t>(q), ValueType::Int64));
-                q += 8;
-                break;
-            case 'F':
-                if (!need(4))
-                    return false;
-                out.values.push_back(Value::MakeFloat(Load<float>(q), ValueType::Float32));
-                q += 4;
-                break;
-            case 'D':
-                if (!need(8))
-                    return false;
-                out.values.push_back(Value::MakeFloat(Load<double>(q), ValueType::Float64));
-                q += 8;
-                break;
-            case 'S':
-            case 'R': {
-                if (!need(4))
-                    return false;
-                const std::uint32_t length = Load<std::uint32_t>(q);
-                q += 4;
-                if (length > valuesEnd - q) {
-                    return Fail(Where(recordOffset, out) + ": a text of " + std::to_string(length) +
-                                " bytes runs past the record's values");
-                }
-                out.values.push_back(
-                    Value::MakeText(std::string(reinterpret_cast<const char*>(m_Data + q), length),
-                                    type == 'S' ? ValueType::String : ValueType::Raw));
-                q += length;
-                break;
-            }
-            case 'b':
-            case 'i':
-            case 'l':
-            case 'f':
-            case 'd':
-                if (!ParseArray(q, valuesEnd, type, recordOffset, out))
-                    return false;
-                break;
-            default: {
-                static const char kHex[] = "0123456789abcdef";
-                std::string code = "0x";
-                code += kHex[type >> 4];
-                code += kHex[type & 15];
-                return Fail(Where(recordOffset, out) + ": value " + std::to_string(i) +
-                            " has unknown type code " + code);
-            }
-        }
+        ArrayCode array;
+        const bool ok = FindArrayCode(type, array)
+                            ? ParseArray(q, valuesEnd, array, recordOffset, out)
+                            : ParseScalar(q, valuesEnd, type, i, recordOffset, out);
+        if (!ok)
+            return false;
     }
     if (q != valuesEnd) {
         return Fail(Where(recordOffset, out) + ": its values take " + std::to_string(q - pos) +
@@ -507,12 +442,238 @@ bool BinaryReader::ParseValues(std::size_t pos, std::size_t valuesEnd, std::uint
     return true;
 }
 
-}  // namespace
-
-bool IsBinaryFbx(const std::uint8_t* data, std::size_t size) {
-    return data != nullptr && size >= kMagicSize &&
-           std::memcmp(data, kBinaryMagic, kMagicSize) == 0;
+// One scalar or text value after its type code at q; q moves past it.
+bool BinaryReader::ParseScalar(std::size_t& q, std::size_t valuesEnd, std::uint8_t type,
+                               std::uint64_t index, std::size_t recordOffset, Record& out) {
+    if (type == 'S' || type == 'R')
+        return ParseText(q, valuesEnd, type, index, recordOffset, out);
+    const std::size_t size = NumericScalarSize(type);
+    if (size == 0) {
+        return Fail(Where(recordOffset, out) + ": value " + std::to_string(index) +
+                    " has unknown type code " + HexCode(type));
+    }
+    if (size > valuesEnd - q) {
+        return Fail(Where(recordOffset, out) + ": value " + std::to_string(index) + " of type '" +
+                    static_cast<char>(type) + "' is cut off");
+    }
+    switch (type) {
+        case 'C': {
+            const std::uint8_t c = m_Data[q];
+            if (IsLetterByte(c)) {
+                out.values.push_back(
+                    Value::MakeText(std::string(1, static_cast<char>(c)), ValueType::Word));
+            } else {
+                out.values.push_back(Value::MakeBool(c != 0));
+            }
+            break;
+        }
+        case 'Y':
+            out.values.push_back(Value::MakeInt(Load<std::int16_t>(q), ValueType::Int16));
+            break;
+        case 'I':
+            out.values.push_back(Value::MakeInt(Load<std::int32_t>(q), ValueType::Int32));
+            break;
+        case 'L':
+            out.values.push_back(Value::MakeInt(Load<std::int64_t>(q), ValueType::Int64));
+            break;
+        case 'F':
+            out.values.push_back(Value::MakeFloat(Load<float>(q), ValueType::Float32));
+            break;
+        default:  // 'D'
+            out.values.push_back(Value::MakeFloat(Load<double>(q), ValueType::Float64));
+            break;
+    }
+    q += size;
+    return true;
 }
+
+// A string ('S') or raw bytes ('R'): a 32-bit length, then the bytes.
+bool BinaryReader::ParseText(std::size_t& q, std::size_t valuesEnd, std::uint8_t type,
+                             std::uint64_t index, std::size_t recordOffset, Record& out) {
+    if (valuesEnd - q < 4) {
+        return Fail(Where(recordOffset, out) + ": value " + std::to_string(index) + " of type '" +
+                    static_cast<char>(type) + "' is cut off");
+    }
+    const std::uint32_t length = Load<std::uint32_t>(q);
+    q += 4;
+    if (length > valuesEnd - q) {
+        return Fail(Where(recordOffset, out) + ": a text of " + std::to_string(length) +
+                    " bytes runs past the record's values");
+    }
+    out.values.push_back(
+        Value::MakeText(std::string(reinterpret_cast<const char*>(m_Data + q), length),
+                        type == 'S' ? ValueType::String : ValueType::Raw));
+    q += length;
+    return true;
+}
+
+// Long lists of numeric scalars (6100-era geometry) are kept as one array value.
+bool BinaryReader::ParsePackedValues(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
+                                     Record& out) {
+    ValueType arrayType = ValueType::Int32Array;
+    if (!PackedArrayType(pos, valuesEnd, count, arrayType))
+        return false;
+    const std::size_t n = static_cast<std::size_t>(count);
+    const std::size_t elementSize = arrayType == ValueType::Int32Array ? 4 : 8;
+    std::vector<std::uint8_t> bytes(n * elementSize);
+    PackScalars(pos, n, arrayType, bytes.data());
+    out.values.push_back(Value::MakeArrayFromBytes(arrayType, std::move(bytes)));
+    return true;
+}
+
+// Are all values numeric scalars that exactly fill the values, and which array type holds
+// them? A 'C' holding a letter is a word, not a number.
+bool BinaryReader::PackedArrayType(std::size_t pos, std::size_t valuesEnd, std::uint64_t count,
+                                   ValueType& arrayType) const {
+    bool anyFloat = false;
+    bool anyWide = false;
+    std::size_t q = pos;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        if (q >= valuesEnd)
+            return false;
+        const std::uint8_t type = m_Data[q];
+        const std::size_t size = NumericScalarSize(type);
+        if (size == 0)
+            return false;
+        if (type == 'C' && valuesEnd - q > 1 && IsLetterByte(m_Data[q + 1]))
+            return false;
+        anyWide = anyWide || type == 'L';
+        anyFloat = anyFloat || type == 'F' || type == 'D';
+        if (size >= valuesEnd - q)
+            return false;
+        q += 1 + size;
+    }
+    if (q != valuesEnd)
+        return false;  // let the general path report the mismatch
+    arrayType = anyFloat  ? ValueType::Float64Array
+                : anyWide ? ValueType::Int64Array
+                          : ValueType::Int32Array;
+    return true;
+}
+
+void BinaryReader::PackScalars(std::size_t pos, std::size_t count, ValueType arrayType,
+                               std::uint8_t* dst) const {
+    std::size_t q = pos;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint8_t type = m_Data[q++];
+        std::int64_t asInt = 0;
+        double asDouble = 0.0;
+        bool isFloat = false;
+        switch (type) {
+            case 'C':
+                asInt = m_Data[q] != 0 ? 1 : 0;
+                break;
+            case 'Y':
+                asInt = Load<std::int16_t>(q);
+                break;
+            case 'I':
+                asInt = Load<std::int32_t>(q);
+                break;
+            case 'L':
+                asInt = Load<std::int64_t>(q);
+                break;
+            case 'F':
+                asDouble = Load<float>(q);
+                isFloat = true;
+                break;
+            default:
+                asDouble = Load<double>(q);
+                isFloat = true;
+                break;
+        }
+        q += NumericScalarSize(type);
+        if (arrayType == ValueType::Float64Array) {
+            const double v = isFloat ? asDouble : static_cast<double>(asInt);
+            std::memcpy(dst, &v, 8);
+            dst += 8;
+        } else if (arrayType == ValueType::Int64Array) {
+            std::memcpy(dst, &asInt, 8);
+            dst += 8;
+        } else {
+            const auto v = static_cast<std::int32_t>(asInt);
+            std::memcpy(dst, &v, 4);
+            dst += 4;
+        }
+    }
+}
+
+// An array after its type code at q: count, encoding and byte length (32-bit each), then the
+// elements, raw or as a zlib stream; q moves past it.
+bool BinaryReader::ParseArray(std::size_t& q, std::size_t valuesEnd, const ArrayCode& code,
+                              std::size_t recordOffset, Record& out) {
+    auto where = [&] { return Where(recordOffset, out); };
+    if (valuesEnd - q < 12)
+        return Fail(where() + ": an array header runs past its values");
+    const std::uint32_t count = Load<std::uint32_t>(q);
+    const std::uint32_t encoding = Load<std::uint32_t>(q + 4);
+    const std::uint32_t byteLength = Load<std::uint32_t>(q + 8);
+    q += 12;
+    if (byteLength > valuesEnd - q) {
+        return Fail(where() + ": an array of " + std::to_string(byteLength) +
+                    " bytes runs past the record's values");
+    }
+    const std::uint64_t expected = std::uint64_t{count} * code.elementSize;
+    std::vector<std::uint8_t> bytes;
+    if (encoding == 0) {
+        if (expected != byteLength) {
+            return Fail(where() + ": an array of " + std::to_string(count) + " elements of " +
+                        std::to_string(code.elementSize) + " bytes holds " +
+                        std::to_string(byteLength) + " bytes");
+        }
+        bytes.assign(m_Data + q, m_Data + q + byteLength);
+    } else if (encoding == 1) {
+        if (!InflateArray(q, byteLength, count, code, out, recordOffset, bytes))
+            return false;
+    } else {
+        return Fail(where() + ": an array has unknown encoding " + std::to_string(encoding));
+    }
+    q += byteLength;
+    if (m_BigEndian)
+        SwapElements(bytes.data(), count, code.elementSize);
+    if (code.bytesAsInt32)
+        bytes = WidenBytesToInt32(bytes);
+    out.values.push_back(Value::MakeArrayFromBytes(code.storedAs, std::move(bytes)));
+    return true;
+}
+
+// Decodes a compressed array into bytes, within the ratio and the file's inflate budget.
+bool BinaryReader::InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
+                                const ArrayCode& code, const Record& out, std::size_t recordOffset,
+                                std::vector<std::uint8_t>& bytes) {
+    auto where = [&] { return Where(recordOffset, out); };
+    const std::uint64_t expected = std::uint64_t{count} * code.elementSize;
+    // What the array takes once kept (character arrays grow to four bytes an element).
+    const std::uint64_t kept = code.bytesAsInt32 ? expected * 4 : expected;
+    if (expected > std::uint64_t{byteLength} * kMaxInflateRatio) {
+        return Fail(where() + ": a compressed array claims " + std::to_string(count) +
+                    " elements, more than its " + std::to_string(byteLength) +
+                    " compressed bytes can hold");
+    }
+    if (kept > m_InflateBudget - m_Inflated) {
+        return Fail(where() + ": compressed arrays inflate to more than " +
+                    std::to_string(m_InflateBudget) + " bytes in total");
+    }
+    m_Inflated += static_cast<std::size_t>(kept);
+    bytes.resize(static_cast<std::size_t>(expected));
+    if (!m_Decompressor) {
+        m_Decompressor.reset(libdeflate_alloc_decompressor());
+        if (!m_Decompressor)
+            return Fail("out of memory for the deflate decoder");
+    }
+    std::size_t actual = 0;
+    const libdeflate_result result = libdeflate_zlib_decompress(
+        m_Decompressor.get(), m_Data + q, byteLength, bytes.data(), bytes.size(), &actual);
+    if (result == LIBDEFLATE_INSUFFICIENT_SPACE ||
+        (result == LIBDEFLATE_SUCCESS && actual != bytes.size())) {
+        return Fail(where() + ": a compressed array of " + std::to_string(count) +
+                    " elements decodes to a different size");
+    }
+    if (result != LIBDEFLATE_SUCCESS)
+        return Fail(where() + ": a compressed array does not decode");
+    return true;
+}
+
+}  // namespace
 
 ParseResult ParseBinary(const std::uint8_t* data, std::size_t size) {
     ParseResult result;
@@ -521,20 +682,16 @@ ParseResult ParseBinary(const std::uint8_t* data, std::size_t size) {
         result.error = "not a binary FBX file (the \"Kaydara FBX Binary\" signature is missing)";
         return result;
     }
-    if (size < kFileHeaderSize) {
+    const BinaryHeader fileHeader = ReadBinaryHeader(data, size);
+    if (!fileHeader.complete) {
         result.error = "the file ends inside the binary FBX header";
         return result;
     }
-    const bool bigEndian = data[22] != 0;
-    std::uint32_t version;
-    std::memcpy(&version, data + 23, 4);
-    if (bigEndian)
-        version = Swap(version);
-    result.document.bigEndian = bigEndian;
-    result.document.version = version;
+    result.document.bigEndian = fileHeader.bigEndian;
+    result.document.version = fileHeader.version;
 
-    BinaryReader reader(data, size, bigEndian, version >= 7500);
-    result.ok = reader.ParseTopLevel(kFileHeaderSize, result.document.root);
+    BinaryReader reader(data, size, fileHeader.bigEndian, fileHeader.version >= 7500);
+    result.ok = reader.ParseTopLevel(kBinaryHeaderSize, result.document.root);
     if (!result.ok)
         result.error = reader.Error();
     // 5800 files say 3000 in the header; the header record knows the real version.

@@ -1,19 +1,12 @@
 // Choosing the parser for a buffer, and reading files from disk.
-#include <cstdio>
-#include <filesystem>
-#include <memory>
-#include <system_error>
 #include <vector>
 
+#include "fbx/format/FileBytes.h"
 #include "fbx/format/Parse.h"
 
 namespace fbx {
 
 namespace {
-
-struct FileCloser {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
 
 bool IsBlank(std::uint8_t c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
@@ -69,26 +62,17 @@ ParseResult ParseBuffer(const std::uint8_t* data, std::size_t size) {
 
 ParseResult ParseFile(const std::string& path) {
     ParseResult result;
-    // A device or pipe named as a model (/dev/zero, a FIFO) could be read forever.
-    std::error_code error;
-    if (std::filesystem::exists(path, error) && !std::filesystem::is_regular_file(path, error)) {
+    std::vector<std::uint8_t> bytes;
+    const FileReadResult read = ReadWholeFile(path, bytes);
+    if (read.notRegular) {
         result.error = "\"" + path + "\" is not a regular file";
         return result;
     }
-    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-    if (!file) {
+    if (read.status == FileReadStatus::CannotOpen) {
         result.error = "cannot open the file \"" + path + "\"";
         return result;
     }
-    std::vector<std::uint8_t> bytes;
-    std::uint8_t chunk[1 << 16];
-    for (;;) {
-        const std::size_t n = std::fread(chunk, 1, sizeof(chunk), file.get());
-        bytes.insert(bytes.end(), chunk, chunk + n);
-        if (n < sizeof(chunk))
-            break;
-    }
-    if (std::ferror(file.get())) {
+    if (read.status == FileReadStatus::ReadError) {
         result.error = "cannot read the file \"" + path + "\"";
         return result;
     }

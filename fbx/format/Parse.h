@@ -8,6 +8,13 @@
 // most 32 x the file size + 64 MiB. A binary file must close its top-level records with a
 // null record, so a file cut at a record boundary is still reported as cut.
 //
+// Some writers put 0 in a binary record's end offset: such a record ends where its values end
+// (or after the null record right behind them, when that null record cannot be the one that
+// closes the enclosing list). One that turns out to hold records of its own ends the parse
+// with an error. ASCII numbers may be non-finite in the spellings tools print, in any letter
+// case: "inf", "-infinity", "nan", "-nan(ind)", and "1.#INF", "-1.#IND", "1.#QNAN", "1.#SNAN"
+// with any digits after them.
+//
 // Document::version is the FBXHeaderExtension/FBXVersion record when present (5800 binary
 // files say 3000 in their header), else the binary header's version, else the version of
 // the ASCII "; FBX 6.1.0 project file" comment. ASCII files print KeyAttrDataFloat as the

@@ -30,7 +30,7 @@ enum class ValueType : std::uint8_t {
     Raw,      // 'R'
     Word,     // ASCII bare letters (key interpolation flags, 'Y', 'T', ...)
     BoolArray,
-    Int32Array,
+    Int32Array,  // 'i', and 'c' character arrays with each byte read as an unsigned number
     Int64Array,
     Float32Array,
     Float64Array,

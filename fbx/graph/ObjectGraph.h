@@ -15,9 +15,11 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "fbx/format/Record.h"
@@ -91,14 +93,27 @@ private:
     void Connect(std::size_t child, std::size_t parent, std::string property);
     Record& MakeRecord(std::string name);
 
+    // Sections every layout may have (ObjectGraph.cpp).
     void ReadTemplates();
     void ReadObjects(const Record& objects);
     void ReadConnections(const Record& connections);
+    void ReadTakes();
+
+    // The oldest layout, top-level Model records (Layout5800.cpp).
     void ReadLegacyModels();
+    std::vector<std::pair<std::size_t, const Record*>> ReadTopLevelModels(
+        std::int64_t& nextSynthetic);
+    void AddEmbeddedMaterials(std::size_t model, const Record& rec, std::int64_t& nextSynthetic);
+    void ConnectChildList(std::size_t model, const Record& rec, std::set<std::size_t>& isChild);
+    void AddModelGeometry(std::size_t model, const Record& rec, std::int64_t& nextSynthetic);
+
+    // Objects named by string, data inside Model records, Takes (Layout6100.cpp).
     void AddLegacyGeometryAndAttributes();
     void AttachLegacyTextures();
-    void ReadTakes();
+    void ConnectTexture(std::size_t texture, std::size_t material, const char* property);
+    void ReadLegacyTakes(const Record& takes);
     void ReadTakeModel(const Record& model, std::size_t layer);
+    void AddTakeCurve(const Record& channel, std::size_t curveNode, const char* axis);
 
     Document m_Document;
     std::vector<Object> m_Objects;

@@ -1,15 +1,14 @@
 #include "fbx/sdk/Importer.h"
 
-#include <sys/stat.h>
-
 #include <cctype>
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <memory>
 
-#include "fbx/graph/ObjectGraph.h"
+#include "fbx/format/BinaryHeader.h"
+#include "fbx/format/FileBytes.h"
 #include "fbx/format/Parse.h"
+#include "fbx/graph/ObjectGraph.h"
 #include "fbx/sdk/SceneBuilder.h"
 
 namespace fbx {
@@ -34,41 +33,6 @@ constexpr std::uint32_t kOldestVersion = 5800;
 
 const char* const kBoolOptions[] = {"MATERIAL", "TEXTURE",   "LINK",           "SHAPE",
                                     "GOBO",     "ANIMATION", "GLOBAL SETTINGS"};
-
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-// Reads in large blocks straight into the buffer, sized up front from the file's length, so
-// that a model file is not copied byte by byte or regrown on its way in. A read error ends
-// the data early; the parser then reports the file as cut.
-// Only regular files are read: a device or a pipe named as a model could never end. Returns
-// why the file could not be read, or "" when it was.
-std::string ReadWholeFile(const char* fileName, std::vector<std::uint8_t>& bytes) {
-    std::unique_ptr<std::FILE, FileCloser> file(std::fopen(fileName, "rb"));
-    if (!file)
-        return "File not found or cannot be opened: ";
-    struct stat info;
-    if (fstat(fileno(file.get()), &info) != 0 || !S_ISREG(info.st_mode))
-        return "Not a regular file: ";
-    std::size_t size = 0;
-    if (info.st_size > 0)
-        size = static_cast<std::size_t>(info.st_size);
-    bytes.clear();
-    std::size_t used = 0;
-    std::size_t capacity = size + 1;  // one more byte to see the end without another resize
-    for (;;) {
-        if (used == capacity)
-            capacity = capacity * 2;
-        bytes.resize(capacity);
-        const std::size_t n = std::fread(bytes.data() + used, 1, capacity - used, file.get());
-        used += n;
-        if (used < capacity)
-            break;
-    }
-    bytes.resize(used);
-    return "";
-}
 
 std::string VersionText(std::uint32_t v) {
     return std::to_string(v / 1000) + "." + std::to_string(v / 100 % 10) + "." +
@@ -173,6 +137,30 @@ void KFbxImporter::SetError(EError code, std::string text) {
 }
 
 bool KFbxImporter::Initialize(const char* fileName) {
+    Reset(fileName);
+    if (m_FileName.empty()) {
+        SetError(eUNINITIALIZED_FILENAME, "No file name given");
+        return false;
+    }
+    std::vector<std::uint8_t> bytes;
+    if (!ReadFile(bytes) || !IdentifyFile(bytes))
+        return false;
+    // Header versions run behind the content in some older writers (3000 for 5800 files), so
+    // only a header newer than we know stops us here; the FBXVersion record decides below.
+    if (m_Binary && m_Version > kNewestVersion) {
+        CheckVersion();
+        return false;
+    }
+    fbx::ParseResult parsed = fbx::ParseBuffer(bytes.data(), bytes.size());
+    if (!TakeParsedVersion(parsed) || !CheckVersion() || !AcceptParse(parsed))
+        return false;
+    m_Graph = fbx::ObjectGraph::Build(std::move(parsed.document));
+    CollectTakes();
+    return true;
+}
+
+// Forgets everything about the file given before.
+void KFbxImporter::Reset(const char* fileName) {
     m_FileName = fileName ? fileName : "";
     m_IsFbx = false;
     m_Version = 0;
@@ -183,57 +171,43 @@ bool KFbxImporter::Initialize(const char* fileName) {
     m_Takes.clear();
     m_CurrentTake.clear();
     SetError(eNO_ERROR, "");
+}
 
-    if (m_FileName.empty()) {
-        SetError(eUNINITIALIZED_FILENAME, "No file name given");
+// The whole file into bytes. A read error part way ends the data early; the parser then
+// reports the file as cut.
+bool KFbxImporter::ReadFile(std::vector<std::uint8_t>& bytes) {
+    const fbx::FileReadResult read = fbx::ReadWholeFile(m_FileName, bytes);
+    if (read.status == fbx::FileReadStatus::CannotOpen) {
+        SetError(eFILE_NOT_OPENED, "File not found or cannot be opened: " + m_FileName);
         return false;
     }
-    std::vector<std::uint8_t> bytes;
-    const std::string unreadable = ReadWholeFile(fileName, bytes);
-    if (!unreadable.empty()) {
-        SetError(eFILE_NOT_OPENED, unreadable + m_FileName);
+    if (read.status == fbx::FileReadStatus::NotRegular) {
+        SetError(eFILE_NOT_OPENED, "Not a regular file: " + m_FileName);
         return false;
     }
+    return true;
+}
+
+// Whether the content is FBX, which encoding, and the version a binary header states: a file
+// of another version may use record headers of another size, so it is checked before parsing.
+bool KFbxImporter::IdentifyFile(const std::vector<std::uint8_t>& bytes) {
     if (!fbx::LooksLikeFbx(bytes.data(), bytes.size())) {
         SetError(eINVALID_FILE_FORMAT, "Not an FBX file: " + m_FileName);
         return false;
     }
     m_IsFbx = true;
     m_Binary = fbx::IsBinaryFbx(bytes.data(), bytes.size());
-    // A binary file states its version in the header; check it before reading further, as a
-    // file of another version may use record headers of another size.
-    if (m_Binary && bytes.size() >= 27) {
-        bool bigEndian = bytes[22] != 0;
-        std::uint32_t v = 0;
-        for (int i = 0; i < 4; ++i) {
-            std::uint32_t b = bytes[static_cast<std::size_t>(bigEndian ? 23 + i : 26 - i)];
-            v = (v << 8) | b;
-        }
-        m_Version = v;
+    if (m_Binary) {
+        const fbx::BinaryHeader header = fbx::ReadBinaryHeader(bytes.data(), bytes.size());
+        if (header.complete)
+            m_Version = header.version;
     }
-    auto checkVersion = [&]() {
-        if (m_Version > kNewestVersion) {
-            SetError(eFILE_VERSION_NOT_SUPPORTED_YET,
-                     "File version " + VersionText(m_Version) + " is newer than " +
-                         VersionText(kNewestVersion) + ", the newest this reader supports");
-            return false;
-        }
-        if (m_Version < kOldestVersion) {
-            SetError(eFILE_VERSION_NOT_SUPPORTED_ANYMORE,
-                     "File version " + VersionText(m_Version) + " is older than " +
-                         VersionText(kOldestVersion) + ", the oldest this reader supports");
-            return false;
-        }
-        return true;
-    };
-    // Header versions run behind the content in some older writers (3000 for 5800 files), so
-    // only a header newer than we know stops us here; the FBXVersion record decides below.
-    if (m_Binary && m_Version > kNewestVersion) {
-        checkVersion();
-        return false;
-    }
+    return true;
+}
 
-    fbx::ParseResult parsed = fbx::ParseBuffer(bytes.data(), bytes.size());
+// The FBXHeaderExtension/FBXVersion record is the file's version; without it, the binary
+// header's, else what the parser found. False when nothing at all could be read.
+bool KFbxImporter::TakeParsedVersion(const fbx::ParseResult& parsed) {
     const fbx::Record* header = parsed.document.root.Child("FBXHeaderExtension");
     std::int64_t stated = header ? header->ChildInt("FBXVersion", 0) : 0;
     if (stated > 0 && stated < 100000) {
@@ -245,51 +219,75 @@ bool KFbxImporter::Initialize(const char* fileName) {
         SetError(eFILE_CORRUPTED, "File is corrupted: " + parsed.error);
         return false;
     }
-    if (!checkVersion())
-        return false;
-    if (!parsed.ok) {
-        if (parsed.document.root.children.empty()) {
-            SetError(eFILE_CORRUPTED, "File is corrupted: " + parsed.error);
-            return false;
-        }
-        m_Damaged = true;
-        m_DamageText = "File is corrupted, only part of it was read: " + parsed.error;
-    }
-    m_Graph = fbx::ObjectGraph::Build(std::move(parsed.document));
+    return true;
+}
 
+bool KFbxImporter::CheckVersion() {
+    if (m_Version > kNewestVersion) {
+        SetError(eFILE_VERSION_NOT_SUPPORTED_YET,
+                 "File version " + VersionText(m_Version) + " is newer than " +
+                     VersionText(kNewestVersion) + ", the newest this reader supports");
+        return false;
+    }
+    if (m_Version < kOldestVersion) {
+        SetError(eFILE_VERSION_NOT_SUPPORTED_ANYMORE,
+                 "File version " + VersionText(m_Version) + " is older than " +
+                     VersionText(kOldestVersion) + ", the oldest this reader supports");
+        return false;
+    }
+    return true;
+}
+
+// A damaged file is still imported when part of it could be read; Import then reports it.
+bool KFbxImporter::AcceptParse(const fbx::ParseResult& parsed) {
+    if (parsed.ok)
+        return true;
+    if (parsed.document.root.children.empty()) {
+        SetError(eFILE_CORRUPTED, "File is corrupted: " + parsed.error);
+        return false;
+    }
+    m_Damaged = true;
+    m_DamageText = "File is corrupted, only part of it was read: " + parsed.error;
+    return true;
+}
+
+// One take per animation stack (pre-7000 takes are stacks in the graph), and the current one.
+void KFbxImporter::CollectTakes() {
     for (const fbx::Object& o : m_Graph->Objects()) {
-        if (o.kind != "AnimationStack")
-            continue;
-        auto info = std::make_unique<KFbxTakeInfo>();
-        info->mName = o.name;
-        info->mImportName = o.name;
-        info->mSelect = true;
-        if (o.record && o.record->name == "Take") {
-            info->mDescription = o.record->ChildText("Comments");
-            if (const fbx::Record* t = o.record->Child("LocalTime")) {
-                info->mLocalStart = KTime(t->IntAt(0));
-                info->mLocalStop = KTime(t->IntAt(1));
-            }
-        } else {
-            std::size_t index = static_cast<std::size_t>(&o - m_Graph->Objects().data());
-            if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "Description")) {
-                info->mDescription = p->text;
-            }
-            if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "LocalStart")) {
-                if (!p->numbers.empty())
-                    info->mLocalStart = KTime(static_cast<kLongLong>(p->numbers[0]));
-            }
-            if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "LocalStop")) {
-                if (!p->numbers.empty())
-                    info->mLocalStop = KTime(static_cast<kLongLong>(p->numbers[0]));
-            }
-        }
-        m_Takes.push_back(std::move(info));
+        if (o.kind == "AnimationStack")
+            m_Takes.push_back(DescribeTake(o));
     }
     m_CurrentTake = m_Graph->CurrentTake();
     if (m_CurrentTake.empty() && !m_Takes.empty())
         m_CurrentTake = m_Takes.front()->mName;
-    return true;
+}
+
+// A pre-7000 take keeps its comment and span in the Take record; a 7000+ stack in properties.
+std::unique_ptr<KFbxTakeInfo> KFbxImporter::DescribeTake(const fbx::Object& stack) const {
+    auto info = std::make_unique<KFbxTakeInfo>();
+    info->mName = stack.name;
+    info->mImportName = stack.name;
+    info->mSelect = true;
+    if (stack.record && stack.record->name == "Take") {
+        info->mDescription = stack.record->ChildText("Comments");
+        if (const fbx::Record* t = stack.record->Child("LocalTime")) {
+            info->mLocalStart = KTime(t->IntAt(0));
+            info->mLocalStop = KTime(t->IntAt(1));
+        }
+        return info;
+    }
+    const std::size_t index = static_cast<std::size_t>(&stack - m_Graph->Objects().data());
+    if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "Description"))
+        info->mDescription = p->text;
+    if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "LocalStart")) {
+        if (!p->numbers.empty())
+            info->mLocalStart = KTime(static_cast<kLongLong>(p->numbers[0]));
+    }
+    if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "LocalStop")) {
+        if (!p->numbers.empty())
+            info->mLocalStop = KTime(static_cast<kLongLong>(p->numbers[0]));
+    }
+    return info;
 }
 
 void KFbxImporter::GetFileVersion(int& major, int& minor, int& revision) const {
@@ -315,16 +313,8 @@ bool KFbxImporter::Import(KFbxScene* scene, KFbxStreamOptionsFbxReader* options)
     }
     scene->Clear();
 
-    const fbx::Record* header = m_Graph->GetDocument().root.Child("FBXHeaderExtension");
-    if (header && header->ChildInt("EncryptionType", 0) != 0) {
-        bool enabled = options && options->GetBoolOption("PASSWORD ENABLE");
-        std::string given = options ? options->GetStringOption("PASSWORD") : std::string();
-        std::string stored = Lower(header->ChildText("PasswordHash"));
-        if (!enabled || stored.empty() || fbx::PasswordHash(given) != stored) {
-            SetError(ePASSWORD_ERROR, enabled ? "Wrong password" : "File is password protected");
-            return false;
-        }
-    }
+    if (!CheckPassword(options))
+        return false;
 
     fbx::BuildOptions build;
     if (options) {
@@ -339,5 +329,20 @@ bool KFbxImporter::Import(KFbxScene* scene, KFbxStreamOptionsFbxReader* options)
         return false;
     }
     SetError(eNO_ERROR, "");
+    return true;
+}
+
+// A protected file opens only with the password enabled in the options and matching its hash.
+bool KFbxImporter::CheckPassword(KFbxStreamOptionsFbxReader* options) {
+    const fbx::Record* header = m_Graph->GetDocument().root.Child("FBXHeaderExtension");
+    if (!header || header->ChildInt("EncryptionType", 0) == 0)
+        return true;
+    bool enabled = options && options->GetBoolOption("PASSWORD ENABLE");
+    std::string given = options ? options->GetStringOption("PASSWORD") : std::string();
+    std::string stored = Lower(header->ChildText("PasswordHash"));
+    if (!enabled || stored.empty() || fbx::PasswordHash(given) != stored) {
+        SetError(ePASSWORD_ERROR, enabled ? "Wrong password" : "File is password protected");
+        return false;
+    }
     return true;
 }

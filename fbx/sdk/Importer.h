@@ -18,6 +18,8 @@
 
 namespace fbx {
 class ObjectGraph;
+struct Object;
+struct ParseResult;
 // The hash that a protected file stores for its password ("PasswordHash").
 std::string PasswordHash(const std::string& password);
 }  // namespace fbx
@@ -130,6 +132,18 @@ public:
 private:
     KFbxImporter(KFbxSdkManager* manager, const char* name);
     void SetError(EError code, std::string text);
+
+    // The steps of Initialize, in order; each false one has set the error.
+    void Reset(const char* fileName);
+    bool ReadFile(std::vector<std::uint8_t>& bytes);
+    bool IdentifyFile(const std::vector<std::uint8_t>& bytes);
+    bool TakeParsedVersion(const fbx::ParseResult& parsed);
+    bool CheckVersion();
+    bool AcceptParse(const fbx::ParseResult& parsed);
+    void CollectTakes();
+    std::unique_ptr<KFbxTakeInfo> DescribeTake(const fbx::Object& stack) const;
+    // The step of Import that refuses a protected file without its password.
+    bool CheckPassword(KFbxStreamOptionsFbxReader* options);
 
     int m_Format = KFbxIOPluginRegistry::eFBX_BINARY;
     std::string m_FileName;
