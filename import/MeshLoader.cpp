@@ -11,29 +11,55 @@
 
 namespace {
 
-// Index into a layer element's direct array for one corner, or -1 when its mapping or
-// reference mode is not one the engine reads.
+// Where one polygon corner is: its control point, its polygon and its place in it, and the
+// running count of corners before it.
+struct Corner {
+    int m_ControlPoint;
+    int m_Polygon;
+    int m_InPolygon;
+    int m_Running;
+};
+
+// Only direct and index-to-direct elements are read.
+bool IsRead(const KFbxLayerElement& element) {
+    const KFbxLayerElement::EReferenceMode mode = element.GetReferenceMode();
+    return mode == KFbxLayerElement::eDIRECT || mode == KFbxLayerElement::eINDEX_TO_DIRECT;
+}
+
+// The element's direct-array index for the index its mapping picks.
 template <class Element>
-int DirectIndex(const Element& element, int controlPoint, int corner, bool polygonVertex) {
-    int index = -1;
-    switch (element.GetMappingMode()) {
+int ThroughReference(const Element& element, int index) {
+    if (element.GetReferenceMode() == KFbxLayerElement::eINDEX_TO_DIRECT)
+        return element.GetIndexArray().GetAt(index);
+    return index;
+}
+
+// Index into the normals' direct array for one corner, or -1 when the mapping or reference
+// mode is not one the engine reads.
+int NormalIndex(const KFbxLayerElementNormal& normals, const Corner& corner) {
+    if (!IsRead(normals))
+        return -1;
+    switch (normals.GetMappingMode()) {
         case KFbxLayerElement::eBY_CONTROL_POINT:
-            index = controlPoint;
-            break;
+            return ThroughReference(normals, corner.m_ControlPoint);
         case KFbxLayerElement::eBY_POLYGON_VERTEX:
-            if (!polygonVertex)
-                return -1;
-            index = corner;
-            break;
+            return ThroughReference(normals, corner.m_Running);
         default:
             return -1;
     }
-    switch (element.GetReferenceMode()) {
-        case KFbxLayerElement::eDIRECT:
-            return index;
-        case KFbxLayerElement::eINDEX:
-        case KFbxLayerElement::eINDEX_TO_DIRECT:
-            return element.GetIndexArray().GetAt(index);
+}
+
+// Index into a UV element's direct array for one corner, or -1 when the mapping or reference
+// mode is not one the engine reads. By polygon vertex every layer takes the mesh's texture-UV
+// index of the corner, which comes from the first layer holding UVs.
+int UVIndex(const KFbxMesh& mesh, const KFbxLayerElementUV& uvs, const Corner& corner) {
+    if (!IsRead(uvs))
+        return -1;
+    switch (uvs.GetMappingMode()) {
+        case KFbxLayerElement::eBY_CONTROL_POINT:
+            return ThroughReference(uvs, corner.m_ControlPoint);
+        case KFbxLayerElement::eBY_POLYGON_VERTEX:
+            return mesh.GetTextureUVIndex(corner.m_Polygon, corner.m_InPolygon);
         default:
             return -1;
     }
@@ -60,13 +86,13 @@ std::vector<LayerElements> CollectLayers(const KFbxMesh& mesh) {
     return layers;
 }
 
-void ReadLayers(const std::vector<LayerElements>& layers, int controlPoint, int corner,
-                Vertex& vertex) {
+void ReadLayers(const KFbxMesh& mesh, const std::vector<LayerElements>& layers,
+                const Corner& corner, Vertex& vertex) {
     for (const LayerElements& layer : layers) {
         // Layer normals go into the colour slots; drawing lights each polygon with its own
         // face normal.
         if (const KFbxLayerElementNormal* normals = layer.m_Normals) {
-            const int index = DirectIndex(*normals, controlPoint, corner, true);
+            const int index = NormalIndex(*normals, corner);
             if (index >= 0 && index < normals->GetDirectArray().GetCount()) {
                 const KFbxVector4 normal = normals->GetDirectArray().GetAt(index);
                 for (int i = 0; i < 4; ++i)
@@ -75,7 +101,7 @@ void ReadLayers(const std::vector<LayerElements>& layers, int controlPoint, int 
         }
 
         if (const KFbxLayerElementUV* uvs = layer.m_UVs) {
-            const int index = DirectIndex(*uvs, controlPoint, corner, true);
+            const int index = UVIndex(mesh, *uvs, corner);
             if (index >= 0 && index < uvs->GetDirectArray().GetCount()) {
                 const KFbxVector2 uv = uvs->GetDirectArray().GetAt(index);
                 vertex.m_UV[0] = static_cast<float>(uv[0]);
@@ -145,11 +171,11 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
 
     const int polygonCount = fbxMesh->GetPolygonCount();
     mesh.m_Polygons.reserve(polygonCount > 0 ? static_cast<std::size_t>(polygonCount) : 0);
-    int corner = 0;  // running count of polygon corners, for by-polygon-vertex layers
+    int running = 0;  // polygon corners so far, for by-polygon-vertex layers
     for (int p = 0; p < polygonCount; ++p) {
         Polygon polygon;
         const int size = fbxMesh->GetPolygonSize(p);
-        for (int k = 0; k < size; ++k, ++corner) {
+        for (int k = 0; k < size; ++k, ++running) {
             const int controlPoint = fbxMesh->GetPolygonVertex(p, k);
             float x = 0.0f, y = 0.0f, z = 0.0f;
             if (points && controlPoint >= 0 && controlPoint < pointCount) {
@@ -165,7 +191,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
                 vertex.m_Position[i] = xyz[i];
             }
             vertex.m_Skin = skin.At(controlPoint);
-            ReadLayers(layers, controlPoint, corner, vertex);
+            ReadLayers(*fbxMesh, layers, {controlPoint, p, k, running}, vertex);
             polygon.m_Vertices.push_back(std::move(vertex));
         }
         mesh.m_Polygons.push_back(std::move(polygon));

@@ -9,14 +9,18 @@ unsigned int g_NextTextureId = 0;
 
 Texture::Texture() : m_Id(g_NextTextureId++) {}
 
-Texture::Texture(const Texture& other) : Texture() {
-    *this = other;
+Texture::Texture(const Texture& other) {
+    CopyFrom(other);
 }
 
 Texture& Texture::operator=(const Texture& other) {
-    if (m_Id == other.m_Id) {
-        return *this;
+    if (m_Id != other.m_Id) {
+        CopyFrom(other);
     }
+    return *this;
+}
+
+void Texture::CopyFrom(const Texture& other) {
     m_Name = other.m_Name;
     m_Id = other.m_Id;
     m_Loaded = other.m_Loaded;
@@ -42,7 +46,6 @@ Texture& Texture::operator=(const Texture& other) {
             std::memset(m_Pixels, 0, m_ImageSize);
         }
     }
-    return *this;
 }
 
 Texture::~Texture() {

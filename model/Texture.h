@@ -1,8 +1,9 @@
 // Texture: one material's diffuse image, as read from a 24-bit bitmap, plus its UV placement.
 //
-// Every Texture takes a serial id from a process-wide counter when it is constructed; the id
-// is used directly as the OpenGL texture name. Assignment copies the pixels and the id of
-// the source unless both already have the same id.
+// Every new Texture takes a serial id from a process-wide counter; the id is used directly as
+// the OpenGL texture name. A copy is the same texture: it carries the source's id (and its own
+// copy of the pixels) and takes no id from the counter. Assignment copies the pixels and the
+// id of the source unless both already have the same id.
 #pragma once
 
 #include <cstdint>
@@ -26,11 +27,14 @@ struct Texture {
     std::uint32_t m_ImageSize = 0;  // bytes in m_Pixels
 
     Texture();
-    // A copy is a new texture (it takes an id) that is then assigned from the source.
     Texture(const Texture& other);
     Texture& operator=(const Texture& other);
     ~Texture();
 
     // The id the next constructed Texture will take.
     static unsigned int NextId();
+
+private:
+    // Takes every field, the id and a copy of the pixels from other.
+    void CopyFrom(const Texture& other);
 };

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <deque>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -232,6 +234,118 @@ const std::vector<DefaultProperty>& MaterialDefaults(bool phong) {
 const char* const kTransformProperties[3] = {"Lcl Translation", "Lcl Rotation", "Lcl Scaling"};
 const char* const kCurveChannels[3] = {"d|X", "d|Y", "d|Z"};
 
+// The shading model a material's record names, else the one its properties give.
+std::string ShadingModel(const ObjectGraph& graph, std::size_t material) {
+    const Record* record = graph.At(material).record;
+    std::string shading = record ? record->ChildText("ShadingModel") : "";
+    if (shading.empty()) {
+        if (const PropertyValue* p = graph.FindProperty(material, "ShadingModel"))
+            shading = p->text;
+    }
+    return shading;
+}
+
+// Which of a node's take slots an animation stack fills: 0 is "Default", the file's takes
+// follow in scene order; none for a stack that is not one of the scene's takes.
+std::optional<std::size_t> TakeSlot(const std::vector<std::string>& takes,
+                                    const std::string& stack) {
+    if (stack == "Default")
+        return 0;
+    auto it = std::find(takes.begin(), takes.end(), stack);
+    if (it == takes.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(it - takes.begin()) + 1;
+}
+
+// 0, 1, 2 for the translation, rotation and scaling properties of a node; -1 for others.
+int TransformGroup(const std::string& property) {
+    for (int g = 0; g < 3; ++g) {
+        if (property == kTransformProperties[g])
+            return g;
+    }
+    return -1;
+}
+
+// The u, v pairs of a UV element's "UV" record.
+std::vector<KFbxVector2> UVPairs(const Record& element) {
+    std::vector<double> storage;
+    const DoubleRun v = ChildDoubleRun(&element, "UV", storage);
+    std::vector<KFbxVector2> pairs;
+    pairs.reserve(v.size / 2);
+    for (std::size_t i = 0; i + 1 < v.size; i += 2)
+        pairs.emplace_back(v[i], v[i + 1]);
+    return pairs;
+}
+
+// The red, green, blue, alpha quadruples of a colour element's "Colors" record.
+std::vector<KFbxColor> Colours(const Record& element) {
+    const std::vector<double> v = ChildDoubles(&element, "Colors");
+    std::vector<KFbxColor> colours;
+    colours.reserve(v.size() / 4);
+    for (std::size_t i = 0; i + 3 < v.size(); i += 4)
+        colours.emplace_back(v[i], v[i + 1], v[i + 2], v[i + 3]);
+    return colours;
+}
+
+// How a texture element's textures blend, by the name its record gives; translucent when the
+// name is not one of the others.
+KFbxLayerElementTexture::EBlendMode TextureBlendMode(const std::string& text) {
+    if (text == "Add")
+        return KFbxLayerElementTexture::eADD;
+    if (text == "Modulate")
+        return KFbxLayerElementTexture::eMODULATE;
+    if (text == "Modulate2")
+        return KFbxLayerElementTexture::eMODULATE2;
+    return KFbxLayerElementTexture::eTRANSLUCENT;
+}
+
+// A layer takes one element of each kind: the first one given for its slot.
+template <class Element>
+void PlaceOnce(Element*& slot, KFbxLayerElement* element) {
+    if (!slot)
+        slot = static_cast<Element*>(element);
+}
+
+// Puts an element into its slot of a layer.
+using PlaceElement = void (*)(KFbxLayer& layer, KFbxLayerElement* element);
+
+// A layer element and where a layer takes it.
+struct PlacedElement {
+    KFbxLayerElement* element;
+    PlaceElement place;
+};
+
+// The layer elements of a geometry, by record name and index.
+using ElementsByName = std::map<std::pair<std::string, std::int64_t>, PlacedElement>;
+// Layer number -> the elements that layer holds, in order.
+using LayerContents = std::map<std::int64_t, std::vector<PlacedElement>>;
+
+// Which elements each layer holds: as the geometry's Layer records list them (each entry a
+// Type and TypedIndex), or, in files without Layer records, by each element's own index.
+LayerContents ListLayerContents(const Record& geometry, const ElementsByName& elements) {
+    LayerContents layers;
+    bool listed = false;
+    for (const Record* layer : geometry.Children("Layer")) {
+        std::int64_t number = layer->IntAt(0, 0);
+        if (number < 0 || number >= kMaxLayers)
+            continue;
+        listed = true;
+        layers[number];
+        for (const Record* entry : layer->Children("LayerElement")) {
+            auto it = elements.find({entry->ChildText("Type"), entry->ChildInt("TypedIndex", 0)});
+            if (it != elements.end())
+                layers[number].push_back(it->second);
+        }
+    }
+    if (!listed) {
+        for (const auto& [key, element] : elements) {
+            if (key.second >= 0 && key.second < kMaxLayers)
+                layers[key.second].push_back(element);
+        }
+    }
+    return layers;
+}
+
 }  // namespace
 
 void SceneBuilder::Build(const ObjectGraph& graph, KFbxScene& scene, const BuildOptions& options) {
@@ -412,202 +526,190 @@ KFbxMesh* SceneBuilder::BuildMesh(std::size_t geometry, KFbxNode& node) {
     return mesh;
 }
 
-void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& node) {
-    const Record* record = m_Graph.At(geometry).record;
-    std::size_t corners = mesh.m_Corners.size();
-    std::size_t points = mesh.m_ControlPoints.size();
-    std::size_t polygons = mesh.m_PolygonStarts.size();
+// What a layer element is read from: its record, and the geometry, node and mesh it belongs to.
+struct SceneBuilder::ElementSource {
+    SceneBuilder& builder;
+    std::size_t geometry;
+    const KFbxNode& node;
+    const KFbxMesh& mesh;
 
-    // Every layer element of the geometry, by its record name and index.
-    std::map<std::pair<std::string, std::int64_t>, KFbxLayerElement*> elements;
-    auto expectedCount = [&](KFbxLayerElement::EMappingMode mode) -> std::size_t {
+    // How many values an element with this mapping holds when every one is given.
+    std::size_t ExpectedCount(KFbxLayerElement::EMappingMode mode) const {
         switch (mode) {
             case KFbxLayerElement::eBY_CONTROL_POINT:
-                return points;
+                return mesh.m_ControlPoints.size();
             case KFbxLayerElement::eBY_POLYGON_VERTEX:
-                return corners;
+                return mesh.m_Corners.size();
             case KFbxLayerElement::eBY_POLYGON:
-                return polygons;
+                return mesh.m_PolygonStarts.size();
             case KFbxLayerElement::eALL_SAME:
                 return 1;
             default:
                 return 0;
         }
-    };
-    auto setCommon = [&](KFbxLayerElement& e, const Record& r) {
-        e.m_Mapping = Mapping(r.ChildText("MappingInformationType"));
-        e.m_Reference = Reference(r.ChildText("ReferenceInformationType"));
-        e.m_Name = r.ChildText("Name");
-    };
-    auto readVectors = [&](KFbxLayerElementTemplate<KFbxVector4>& e, const Record& r,
-                           const char* data, const char* index, const char* wName) {
-        setCommon(e, r);
+    }
+
+    // A new element with the mapping, reference and name its record gives.
+    template <class Element>
+    static std::unique_ptr<Element> Start(const Record& r) {
+        auto e = std::make_unique<Element>();
+        e->m_Mapping = Mapping(r.ChildText("MappingInformationType"));
+        e->m_Reference = Reference(r.ChildText("ReferenceInformationType"));
+        e->m_Name = r.ChildText("Name");
+        return e;
+    }
+
+    // An element of x, y, z vectors with a w that is written inline, in a separate record or
+    // not at all (then 1).
+    template <class Element>
+    std::unique_ptr<Element> Vectors(const Record& r, const char* data, const char* index,
+                                     const char* wName) const {
+        auto e = Start<Element>(r);
         std::vector<double> vStorage, wStorage;
         const DoubleRun v = ChildDoubleRun(&r, data, vStorage);
         const DoubleRun w = ChildDoubleRun(&r, wName, wStorage);
         std::size_t expected =
-            e.m_Reference == KFbxLayerElement::eDIRECT ? expectedCount(e.m_Mapping) : 0;
+            e->m_Reference == KFbxLayerElement::eDIRECT ? ExpectedCount(e->m_Mapping) : 0;
         std::size_t width = w.size == 0 ? VectorWidth(v.size, expected) : 3;
-        auto& items = e.m_Direct.m_Items;
+        auto& items = e->m_Direct.m_Items;
         items.reserve(v.size / width);
         for (std::size_t i = 0; i + width <= v.size; i += width) {
             std::size_t n = i / width;
             double wv = width == 4 ? v[i + 3] : (n < w.size ? w[n] : 1.0);
             items.emplace_back(v[i], v[i + 1], v[i + 2], wv);
         }
-        AppendChildInts(&r, index, e.m_Index.m_Items);
+        AppendChildInts(&r, index, e->m_Index.m_Items);
+        return e;
+    }
+
+    // The textures of the first model that uses the geometry, for a texture element.
+    std::vector<KFbxTexture*> NodeTextures() const {
+        std::vector<KFbxTexture*> textures;
+        if (!builder.m_Options.textures)
+            return textures;
+        for (std::size_t model : builder.m_Graph.Destinations(geometry, "Model")) {
+            for (std::size_t t : builder.m_Graph.Sources(model, "Texture")) {
+                if (KFbxTexture* texture = builder.BuildTexture(t))
+                    textures.push_back(texture);
+            }
+            break;
+        }
+        return textures;
+    }
+};
+
+// One kind of layer element: the record that holds it, how the element is read from that
+// record, and which slot of a layer takes it.
+struct SceneBuilder::ElementKind {
+    const char* record;
+    std::unique_ptr<KFbxLayerElement> (*read)(const ElementSource& source, const Record& r);
+    PlaceElement place;
+};
+
+// Every kind of layer element BuildLayers reads, by the name of its record.
+const std::vector<SceneBuilder::ElementKind>& SceneBuilder::ElementKinds() {
+    using Read = std::unique_ptr<KFbxLayerElement>;
+    using Source = const ElementSource&;
+    static const std::vector<ElementKind> kKinds = {
+        {"LayerElementNormal",
+         [](Source s, const Record& r) -> Read {
+             return s.Vectors<KFbxLayerElementNormal>(r, "Normals", "NormalsIndex", "NormalsW");
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Normals, e); }},
+        {"LayerElementBinormal",
+         [](Source s, const Record& r) -> Read {
+             return s.Vectors<KFbxLayerElementBinormal>(r, "Binormals", "BinormalsIndex",
+                                                        "BinormalsW");
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Binormals, e); }},
+        {"LayerElementTangent",
+         [](Source s, const Record& r) -> Read {
+             return s.Vectors<KFbxLayerElementTangent>(r, "Tangents", "TangentsIndex", "TangentsW");
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Tangents, e); }},
+        {"LayerElementUV",
+         [](Source, const Record& r) -> Read {
+             auto e = ElementSource::Start<KFbxLayerElementUV>(r);
+             e->m_Direct.m_Items = UVPairs(r);
+             AppendChildInts(&r, "UVIndex", e->m_Index.m_Items);
+             return e;
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_UVs, e); }},
+        {"LayerElementColor",
+         [](Source, const Record& r) -> Read {
+             auto e = ElementSource::Start<KFbxLayerElementVertexColor>(r);
+             e->m_Direct.m_Items = Colours(r);
+             AppendChildInts(&r, "ColorIndex", e->m_Index.m_Items);
+             return e;
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Colors, e); }},
+        {"LayerElementMaterial",
+         // Material numbers always index the node's materials, whatever the record says.
+         [](Source s, const Record& r) -> Read {
+             auto e = ElementSource::Start<KFbxLayerElementMaterial>(r);
+             e->m_Reference = KFbxLayerElement::eINDEX_TO_DIRECT;
+             e->m_Direct.m_Items = s.node.m_Materials;
+             AppendChildInts(&r, "Materials", e->m_Index.m_Items);
+             return e;
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Materials, e); }},
+        {"LayerElementTexture",
+         [](Source s, const Record& r) -> Read {
+             auto e = ElementSource::Start<KFbxLayerElementTexture>(r);
+             e->m_Direct.m_Items = s.NodeTextures();
+             AppendChildInts(&r, "TextureId", e->m_Index.m_Items);
+             e->m_BlendMode = TextureBlendMode(r.ChildText("BlendMode"));
+             if (const Record* alpha = r.Child("TextureAlpha"))
+                 e->m_Alpha = alpha->DoubleAt(0, 1.0);
+             return e;
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Textures, e); }},
+        {"LayerElementHole",
+         [](Source, const Record& r) -> Read {
+             auto e = ElementSource::Start<KFbxLayerElementHole>(r);
+             for (std::int64_t v : ChildInts(&r, "Hole"))
+                 e->m_Direct.m_Items.push_back(v != 0);
+             return e;
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Holes, e); }},
+        {"LayerElementSmoothing",
+         [](Source, const Record& r) -> Read {
+             auto e = ElementSource::Start<KFbxLayerElementSmoothing>(r);
+             AppendChildInts(&r, "Smoothing", e->m_Direct.m_Items);
+             return e;
+         },
+         [](KFbxLayer& l, KFbxLayerElement* e) { PlaceOnce(l.m_Smoothing, e); }},
     };
+    return kKinds;
+}
 
-    std::vector<std::unique_ptr<KFbxLayerElement>>& owned = mesh.m_Elements;
+void SceneBuilder::BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& node) {
+    const Record* record = m_Graph.At(geometry).record;
+
+    // Every layer element of the geometry, by its record name and index; of two with the
+    // same name and index, layers get the first.
+    const std::vector<ElementKind>& kinds = ElementKinds();
+    const ElementSource source{*this, geometry, node, mesh};
+    ElementsByName elements;
     for (const Record& r : record->children) {
-        if (r.name.rfind("LayerElement", 0) != 0)
+        auto kind = std::find_if(kinds.begin(), kinds.end(),
+                                 [&](const ElementKind& k) { return r.name == k.record; });
+        if (kind == kinds.end())
             continue;
-        std::int64_t index = r.IntAt(0, 0);
-        KFbxLayerElement* element = nullptr;
-        if (r.name == "LayerElementNormal") {
-            auto e = std::make_unique<KFbxLayerElementNormal>();
-            readVectors(*e, r, "Normals", "NormalsIndex", "NormalsW");
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementBinormal") {
-            auto e = std::make_unique<KFbxLayerElementBinormal>();
-            readVectors(*e, r, "Binormals", "BinormalsIndex", "BinormalsW");
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementTangent") {
-            auto e = std::make_unique<KFbxLayerElementTangent>();
-            readVectors(*e, r, "Tangents", "TangentsIndex", "TangentsW");
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementUV") {
-            auto e = std::make_unique<KFbxLayerElementUV>();
-            setCommon(*e, r);
-            std::vector<double> storage;
-            const DoubleRun v = ChildDoubleRun(&r, "UV", storage);
-            e->m_Direct.m_Items.reserve(v.size / 2);
-            for (std::size_t i = 0; i + 1 < v.size; i += 2) {
-                e->m_Direct.m_Items.emplace_back(v[i], v[i + 1]);
-            }
-            AppendChildInts(&r, "UVIndex", e->m_Index.m_Items);
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementColor") {
-            auto e = std::make_unique<KFbxLayerElementVertexColor>();
-            setCommon(*e, r);
-            std::vector<double> v = ChildDoubles(&r, "Colors");
-            e->m_Direct.m_Items.reserve(v.size() / 4);
-            for (std::size_t i = 0; i + 3 < v.size(); i += 4) {
-                e->m_Direct.m_Items.emplace_back(v[i], v[i + 1], v[i + 2], v[i + 3]);
-            }
-            AppendChildInts(&r, "ColorIndex", e->m_Index.m_Items);
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementMaterial") {
-            auto e = std::make_unique<KFbxLayerElementMaterial>();
-            setCommon(*e, r);
-            e->m_Reference = KFbxLayerElement::eINDEX_TO_DIRECT;
-            e->m_Direct.m_Items = node.m_Materials;
-            AppendChildInts(&r, "Materials", e->m_Index.m_Items);
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementTexture") {
-            auto e = std::make_unique<KFbxLayerElementTexture>();
-            setCommon(*e, r);
-            if (m_Options.textures) {
-                for (std::size_t model : m_Graph.Destinations(geometry, "Model")) {
-                    for (std::size_t t : m_Graph.Sources(model, "Texture")) {
-                        if (KFbxTexture* texture = BuildTexture(t)) {
-                            e->m_Direct.m_Items.push_back(texture);
-                        }
-                    }
-                    break;
-                }
-            }
-            AppendChildInts(&r, "TextureId", e->m_Index.m_Items);
-            std::string blend = r.ChildText("BlendMode");
-            e->m_BlendMode = blend == "Add"         ? KFbxLayerElementTexture::eADD
-                             : blend == "Modulate"  ? KFbxLayerElementTexture::eMODULATE
-                             : blend == "Modulate2" ? KFbxLayerElementTexture::eMODULATE2
-                                                    : KFbxLayerElementTexture::eTRANSLUCENT;
-            if (const Record* alpha = r.Child("TextureAlpha"))
-                e->m_Alpha = alpha->DoubleAt(0, 1.0);
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementHole") {
-            auto e = std::make_unique<KFbxLayerElementHole>();
-            setCommon(*e, r);
-            for (std::int64_t v : ChildInts(&r, "Hole"))
-                e->m_Direct.m_Items.push_back(v != 0);
-            element = e.get();
-            owned.push_back(std::move(e));
-        } else if (r.name == "LayerElementSmoothing") {
-            auto e = std::make_unique<KFbxLayerElementSmoothing>();
-            setCommon(*e, r);
-            AppendChildInts(&r, "Smoothing", e->m_Direct.m_Items);
-            element = e.get();
-            owned.push_back(std::move(e));
-        }
-        if (element)
-            elements.emplace(std::make_pair(r.name, index), element);
+        const std::int64_t index = r.IntAt(0, 0);
+        mesh.m_Elements.push_back(kind->read(source, r));
+        elements.emplace(std::make_pair(r.name, index),
+                         PlacedElement{mesh.m_Elements.back().get(), kind->place});
     }
 
-    // Which elements each layer holds.
-    std::map<std::int64_t, std::vector<KFbxLayerElement*>> layers;
-    std::map<std::int64_t, std::vector<std::string>> layerTypes;
-    bool listed = false;
-    for (const Record* layer : record->Children("Layer")) {
-        std::int64_t number = layer->IntAt(0, 0);
-        if (number < 0 || number >= kMaxLayers)
-            continue;
-        listed = true;
-        layers[number];
-        for (const Record* entry : layer->Children("LayerElement")) {
-            std::string type = entry->ChildText("Type");
-            auto it = elements.find({type, entry->ChildInt("TypedIndex", 0)});
-            if (it == elements.end())
-                continue;
-            layers[number].push_back(it->second);
-            layerTypes[number].push_back(type);
-        }
-    }
-    if (!listed) {
-        for (auto& [key, element] : elements) {
-            if (key.second < 0 || key.second >= kMaxLayers)
-                continue;
-            layers[key.second].push_back(element);
-            layerTypes[key.second].push_back(key.first);
-        }
-    }
-    if (layers.empty())
+    LayerContents contents = ListLayerContents(*record, elements);
+    if (contents.empty())
         return;
-    std::int64_t count = layers.rbegin()->first + 1;
+    const std::int64_t count = contents.rbegin()->first + 1;
     for (std::int64_t n = 0; n < count; ++n) {
         auto layer = std::make_unique<KFbxLayer>();
-        auto& list = layers[n];
-        auto& types = layerTypes[n];
-        for (std::size_t i = 0; i < list.size(); ++i) {
-            const std::string& type = types[i];
-            KFbxLayerElement* e = list[i];
-            if (type == "LayerElementNormal" && !layer->m_Normals) {
-                layer->m_Normals = static_cast<KFbxLayerElementNormal*>(e);
-            } else if (type == "LayerElementBinormal" && !layer->m_Binormals) {
-                layer->m_Binormals = static_cast<KFbxLayerElementBinormal*>(e);
-            } else if (type == "LayerElementTangent" && !layer->m_Tangents) {
-                layer->m_Tangents = static_cast<KFbxLayerElementTangent*>(e);
-            } else if (type == "LayerElementUV" && !layer->m_UVs) {
-                layer->m_UVs = static_cast<KFbxLayerElementUV*>(e);
-            } else if (type == "LayerElementColor" && !layer->m_Colors) {
-                layer->m_Colors = static_cast<KFbxLayerElementVertexColor*>(e);
-            } else if (type == "LayerElementMaterial" && !layer->m_Materials) {
-                layer->m_Materials = static_cast<KFbxLayerElementMaterial*>(e);
-            } else if (type == "LayerElementTexture" && !layer->m_Textures) {
-                layer->m_Textures = static_cast<KFbxLayerElementTexture*>(e);
-            } else if (type == "LayerElementHole" && !layer->m_Holes) {
-                layer->m_Holes = static_cast<KFbxLayerElementHole*>(e);
-            } else if (type == "LayerElementSmoothing" && !layer->m_Smoothing) {
-                layer->m_Smoothing = static_cast<KFbxLayerElementSmoothing*>(e);
-            }
-        }
+        for (const PlacedElement& placed : contents[n])
+            placed.place(*layer, placed.element);
         mesh.m_Layers.push_back(std::move(layer));
     }
 }
@@ -668,12 +770,8 @@ KFbxSurfaceMaterial* SceneBuilder::BuildMaterial(std::size_t index) {
     const Object& object = m_Graph.At(index);
     KFbxSdkManager* manager = m_Scene.GetFbxSdkManager();
 
-    std::string shading = object.record ? object.record->ChildText("ShadingModel") : "";
-    if (shading.empty()) {
-        if (const PropertyValue* p = m_Graph.FindProperty(index, "ShadingModel"))
-            shading = p->text;
-    }
-    std::string kind = Lower(shading);
+    const std::string shading = ShadingModel(m_Graph, index);
+    const std::string kind = Lower(shading);
     KFbxSurfaceMaterial* material;
     if (kind == "phong") {
         material = m_Scene.Own(new KFbxSurfacePhong(manager, object.name.c_str()));
@@ -686,17 +784,28 @@ KFbxSurfaceMaterial* SceneBuilder::BuildMaterial(std::size_t index) {
     material->m_ShadingModel = shading;
     m_Built[index] = material;
 
+    ReadMaterialProperties(index, *material, kind == "phong");
+    if (m_Options.textures)
+        ConnectMaterialTextures(object, *material);
+    return material;
+}
+
+// The material's own properties, then what older files call "Shininess" as the shininess
+// exponent, then for each colour and factor still missing the property template's value or
+// the format's default.
+void SceneBuilder::ReadMaterialProperties(std::size_t index, KFbxSurfaceMaterial& material,
+                                          bool phong) {
     auto add = [&](const PropertyValue& p) {
-        if (material->FindProperty(p.name.c_str()).IsValid())
+        if (material.FindProperty(p.name.c_str()).IsValid())
             return;
-        KFbxPropertyData& data = material->AddProperty(p.name, PropertyType(p));
+        KFbxPropertyData& data = material.AddProperty(p.name, PropertyType(p));
         data.numbers = p.numbers;
         data.text = p.text;
     };
+    const Object& object = m_Graph.At(index);
     for (const PropertyValue& p : object.properties)
         add(p);
-    // Older files name the shininess "Shininess".
-    if (!material->FindProperty("ShininessExponent").IsValid()) {
+    if (!material.FindProperty("ShininessExponent").IsValid()) {
         for (const PropertyValue& p : object.properties) {
             if (p.name != "Shininess")
                 continue;
@@ -705,38 +814,38 @@ KFbxSurfaceMaterial* SceneBuilder::BuildMaterial(std::size_t index) {
             add(alias);
         }
     }
-    for (const DefaultProperty& d : MaterialDefaults(kind == "phong")) {
-        if (material->FindProperty(d.name).IsValid())
+    for (const DefaultProperty& d : MaterialDefaults(phong)) {
+        if (material.FindProperty(d.name).IsValid())
             continue;
         if (const PropertyValue* t = m_Graph.FindProperty(index, d.name)) {
             add(*t);
         } else {
-            KFbxPropertyData& data = material->AddProperty(d.name, d.type);
+            KFbxPropertyData& data = material.AddProperty(d.name, d.type);
             data.numbers = d.numbers;
         }
     }
+}
 
-    if (m_Options.textures) {
-        for (std::size_t c : object.sources) {
-            const Connection& link = m_Graph.Link(c);
-            if (link.property.empty())
-                continue;
-            const std::string& kind2 = m_Graph.At(link.child).kind;
-            if (kind2 != "Texture" && kind2 != "LayeredTexture")
-                continue;
-            KFbxTexture* texture = BuildTexture(link.child);
-            if (!texture)
-                continue;
-            KFbxPropertyData& data = material->AddProperty(link.property, eDOUBLE3);
-            if (data.numbers.empty() && data.type == eDOUBLE3)
-                data.numbers = {0.0, 0.0, 0.0};
-            if (std::find(data.sources.begin(), data.sources.end(), texture) ==
-                data.sources.end()) {
-                data.sources.push_back(texture);
-            }
+// Textures connected to a property of the material (DiffuseColor, ...) become sources of
+// that property.
+void SceneBuilder::ConnectMaterialTextures(const Object& object, KFbxSurfaceMaterial& material) {
+    for (std::size_t c : object.sources) {
+        const Connection& link = m_Graph.Link(c);
+        if (link.property.empty())
+            continue;
+        const std::string& kind = m_Graph.At(link.child).kind;
+        if (kind != "Texture" && kind != "LayeredTexture")
+            continue;
+        KFbxTexture* texture = BuildTexture(link.child);
+        if (!texture)
+            continue;
+        KFbxPropertyData& data = material.AddProperty(link.property, eDOUBLE3);
+        if (data.numbers.empty() && data.type == eDOUBLE3)
+            data.numbers = {0.0, 0.0, 0.0};
+        if (std::find(data.sources.begin(), data.sources.end(), texture) == data.sources.end()) {
+            data.sources.push_back(texture);
         }
     }
-    return material;
 }
 
 KFbxTexture* SceneBuilder::BuildTexture(std::size_t index) {
@@ -800,80 +909,77 @@ KFbxTexture* SceneBuilder::BuildTexture(std::size_t index) {
 }
 
 void SceneBuilder::BuildAnimation() {
-    const auto& takes = m_Scene.m_TakeNames;
     // A curve node that drives many nodes hands each the same curves, not a copy apiece: a
     // small file could otherwise grow by the number of nodes it names.
-    std::map<std::pair<std::size_t, std::size_t>, std::shared_ptr<KFCurve>> sharedCurves;
+    SharedCurves shared;
     for (std::size_t s = 0; s < m_Graph.Objects().size(); ++s) {
         const Object& stack = m_Graph.At(s);
         if (stack.kind != "AnimationStack")
             continue;
-        // Take slot on every node: 0 is "Default", file takes follow in scene order.
-        std::size_t slot = 0;
-        if (stack.name != "Default") {
-            auto it = std::find(takes.begin(), takes.end(), stack.name);
-            if (it == takes.end())
-                continue;
-            slot = static_cast<std::size_t>(it - takes.begin()) + 1;
-        }
+        const std::optional<std::size_t> slot = TakeSlot(m_Scene.m_TakeNames, stack.name);
+        if (!slot)
+            continue;
         for (std::size_t layer : m_Graph.Sources(s, "AnimationLayer")) {
-            for (std::size_t curveNode : m_Graph.Sources(layer, "AnimationCurveNode")) {
-                for (std::size_t c : m_Graph.At(curveNode).destinations) {
-                    const Connection& link = m_Graph.Link(c);
-                    int group = -1;
-                    for (int g = 0; g < 3; ++g) {
-                        if (link.property == kTransformProperties[g])
-                            group = g;
-                    }
-                    if (group < 0)
-                        continue;
-                    KFbxNode* node = KFbxCast<KFbxNode>(m_Built[link.parent]);
-                    if (!node || slot >= node->m_Curves.size())
-                        continue;
-                    for (int axis = 0; axis < 3; ++axis) {
-                        auto& target =
-                            node->m_Curves[slot][static_cast<std::size_t>(group * 3 + axis)];
-                        if (target)
-                            continue;
-                        for (std::size_t curveIndex :
-                             m_Graph.PropertySources(curveNode, kCurveChannels[axis])) {
-                            const Object& curve = m_Graph.At(curveIndex);
-                            if (curve.kind != "AnimationCurve")
-                                continue;
-                            std::shared_ptr<KFCurve>& shared = sharedCurves[{
-                                curveNode * 3 + static_cast<std::size_t>(axis), curveIndex}];
-                            if (shared) {
-                                target = shared;
-                                break;
-                            }
-                            auto made = std::make_shared<KFCurve>();
-                            std::vector<std::int64_t> times = ChildInts(curve.record, "KeyTime");
-                            std::vector<double> values =
-                                ChildDoubles(curve.record, "KeyValueFloat");
-                            std::size_t n = std::min(times.size(), values.size());
-                            made->m_Keys.resize(n);
-                            for (std::size_t k = 0; k < n; ++k) {
-                                made->m_Keys[k].time = KTime(times[k]);
-                                made->m_Keys[k].value = values[k];
-                            }
-                            if (const PropertyValue* d =
-                                    m_Graph.FindProperty(curveNode, kCurveChannels[axis])) {
-                                if (!d->numbers.empty())
-                                    made->m_Default = d->numbers[0];
-                            }
-                            if (const Record* d =
-                                    curve.record ? curve.record->Child("Default") : nullptr) {
-                                made->m_Default = d->DoubleAt(0);
-                            }
-                            shared = made;
-                            target = std::move(made);
-                            break;
-                        }
-                    }
-                }
-            }
+            for (std::size_t curveNode : m_Graph.Sources(layer, "AnimationCurveNode"))
+                AnimateNodes(curveNode, *slot, shared);
         }
     }
+}
+
+// Hands the curves of one curve node to the transform channels it is connected to, in the
+// given take slot of each node; a channel that already has a curve keeps it.
+void SceneBuilder::AnimateNodes(std::size_t curveNode, std::size_t slot, SharedCurves& shared) {
+    for (std::size_t c : m_Graph.At(curveNode).destinations) {
+        const Connection& link = m_Graph.Link(c);
+        const int group = TransformGroup(link.property);
+        if (group < 0)
+            continue;
+        KFbxNode* node = KFbxCast<KFbxNode>(m_Built[link.parent]);
+        if (!node || slot >= node->m_Curves.size())
+            continue;
+        for (int axis = 0; axis < 3; ++axis) {
+            auto& target = node->m_Curves[slot][static_cast<std::size_t>(group * 3 + axis)];
+            if (!target)
+                target = ChannelCurve(curveNode, axis, shared);
+        }
+    }
+}
+
+// The curve on one channel (d|X, d|Y, d|Z) of a curve node: the first AnimationCurve
+// connected to it, read once; null when there is none.
+std::shared_ptr<KFCurve> SceneBuilder::ChannelCurve(std::size_t curveNode, int axis,
+                                                    SharedCurves& shared) {
+    for (std::size_t curveIndex : m_Graph.PropertySources(curveNode, kCurveChannels[axis])) {
+        const Object& curve = m_Graph.At(curveIndex);
+        if (curve.kind != "AnimationCurve")
+            continue;
+        std::shared_ptr<KFCurve>& read =
+            shared[{curveNode * 3 + static_cast<std::size_t>(axis), curveIndex}];
+        if (!read)
+            read = ReadCurve(curve.record, m_Graph.FindProperty(curveNode, kCurveChannels[axis]));
+        return read;
+    }
+    return nullptr;
+}
+
+// An AnimationCurve's keys (KeyTime and KeyValueFloat, paired up to the shorter) and its
+// default: the curve's own Default record, else the curve node's value for the channel.
+std::shared_ptr<KFCurve> SceneBuilder::ReadCurve(const Record* curve,
+                                                 const PropertyValue* channel) {
+    auto made = std::make_shared<KFCurve>();
+    std::vector<std::int64_t> times = ChildInts(curve, "KeyTime");
+    std::vector<double> values = ChildDoubles(curve, "KeyValueFloat");
+    std::size_t n = std::min(times.size(), values.size());
+    made->m_Keys.resize(n);
+    for (std::size_t k = 0; k < n; ++k) {
+        made->m_Keys[k].time = KTime(times[k]);
+        made->m_Keys[k].value = values[k];
+    }
+    if (channel && !channel->numbers.empty())
+        made->m_Default = channel->numbers[0];
+    if (const Record* d = curve ? curve->Child("Default") : nullptr)
+        made->m_Default = d->DoubleAt(0);
+    return made;
 }
 
 }  // namespace fbx

@@ -3,6 +3,9 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "fbx/graph/ObjectGraph.h"
@@ -14,6 +17,7 @@ class KFbxMesh;
 class KFbxNodeAttribute;
 class KFbxSurfaceMaterial;
 class KFbxTexture;
+class KFCurve;
 
 namespace fbx {
 
@@ -40,8 +44,22 @@ private:
     void BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& node);
     void BuildSkins(std::size_t geometry, KFbxMesh& mesh);
     KFbxSurfaceMaterial* BuildMaterial(std::size_t material);
+    void ReadMaterialProperties(std::size_t material, KFbxSurfaceMaterial& target, bool phong);
+    void ConnectMaterialTextures(const Object& material, KFbxSurfaceMaterial& target);
     KFbxTexture* BuildTexture(std::size_t texture);
+
+    // Curves already read, by curve node channel and curve, for sharing between nodes.
+    using SharedCurves = std::map<std::pair<std::size_t, std::size_t>, std::shared_ptr<KFCurve>>;
     void BuildAnimation();
+    void AnimateNodes(std::size_t curveNode, std::size_t slot, SharedCurves& shared);
+    std::shared_ptr<KFCurve> ChannelCurve(std::size_t curveNode, int axis, SharedCurves& shared);
+    static std::shared_ptr<KFCurve> ReadCurve(const Record* curve, const PropertyValue* channel);
+
+    // The kinds of layer element (SceneBuilder.cpp): for each, the record that holds it, how
+    // it is read and which slot of a layer takes it.
+    struct ElementSource;
+    struct ElementKind;
+    static const std::vector<ElementKind>& ElementKinds();
 
     const ObjectGraph& m_Graph;
     KFbxScene& m_Scene;

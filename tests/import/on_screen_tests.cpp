@@ -1,107 +1,66 @@
-// Imported models on screen, in a real OpenGL context: a bitmap texture shows its colours
-// where its UVs put them, and an animated model moves as its state steps through the frame
-// range of an action.
-#include <gtest/gtest.h>
-
+// Imported models on screen in a real OpenGL context: a bitmap texture shows its colours where
+// its UVs put them; an animated model moves as its state steps through its take's frames.
 #include <GL/gl.h>
 #include <GL/glu.h>
 
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
+#include <array>
 
 #include "../render/gl_test_context.h"
-#include "fbx/write/WriterScene.h"
-#include "import/SceneImport.h"
+#include "import_support.h"
 #include "render/Draw.h"
-#include "model/Model.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using fbx::desc::Mapping;
 using fbx::desc::NodeType;
 
-struct Rgb {
-    int r, g, b;
-};
+using Rgb = std::array<int, 3>;
 
-// A 24-bit bitmap, one row, pixels given left to right.
-void WriteBitmapRow(const fs::path& path, const std::vector<Rgb>& pixels) {
-    std::vector<unsigned char> data;
-    for (const Rgb& p : pixels) {
-        data.push_back(static_cast<unsigned char>(p.b));
-        data.push_back(static_cast<unsigned char>(p.g));
-        data.push_back(static_cast<unsigned char>(p.r));
-    }
-    while (data.size() % 4) data.push_back(0);
-    std::vector<unsigned char> out = {'B', 'M'};
-    auto put = [&](std::uint32_t v, int bytes) {
-        for (int i = 0; i < bytes; ++i) out.push_back((v >> (8 * i)) & 0xFF);
-    };
-    put(54 + static_cast<std::uint32_t>(data.size()), 4);
-    put(0, 4);
-    put(54, 4);
-    put(40, 4);
-    put(static_cast<std::uint32_t>(pixels.size()), 4);
-    put(1, 4);
-    put(1, 2);
-    put(24, 2);
-    put(0, 4);
-    put(static_cast<std::uint32_t>(data.size()), 4);
-    put(2835, 4);
-    put(2835, 4);
-    put(0, 4);
-    put(0, 4);
-    out.insert(out.end(), data.begin(), data.end());
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(out.data()), static_cast<std::streamsize>(out.size()));
+// A 24-bit bitmap of one row, given as blue, green, red triples left to right.
+std::string BitmapRow(std::vector<unsigned char> bgr) {
+    const auto width = static_cast<std::int32_t>(bgr.size() / 3);
+    bgr.resize((bgr.size() + 3) / 4 * 4, 0);
+    return BitmapBytes(width, 1, static_cast<std::uint32_t>(bgr.size()), bgr);
 }
 
-// A square of side 2 in the XY plane facing +Z, UVs 0..1 across it.
+// A square of side 2 in the XY plane facing +Z, UVs 0..1 across it, in material slot 0.
 fbx::desc::Mesh Square() {
     fbx::desc::Mesh mesh;
     mesh.controlPoints = {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
     mesh.polygons = {{0, 1, 2, 3}};
-    fbx::desc::LayerElement uv;
-    uv.mapping = Mapping::ByPolygonVertex;
-    uv.direct = {0, 0, 1, 0, 1, 1, 0, 1};
-    mesh.uvs.push_back(uv);
-    fbx::desc::MaterialElement materials;
-    materials.indices = {0};
-    mesh.materials.push_back(materials);
+    mesh.uvs.resize(1);
+    mesh.uvs[0].direct = {0, 0, 1, 0, 1, 1, 0, 1};
+    mesh.materials.push_back({fbx::desc::Mapping::AllSame, {0}});
     return mesh;
 }
 
-class OnScreen : public GlTest {
+// The square as node "Square", textured from the given relative file name.
+fbx::SceneDescription TexturedSquare(const std::string& relativeFileName) {
+    fbx::SceneDescription scene;
+    const int node = scene.AddNode("Square", NodeType::Mesh);
+    scene.nodes[node].mesh = Square();
+    scene.nodes[node].materials = {0};
+    fbx::desc::Material& material = scene.materials.emplace_back();
+    material.diffuse = {1, 1, 1};
+    material.diffuseTextures = {0};
+    fbx::desc::Texture& texture = scene.textures.emplace_back();
+    texture.name = "SquareTexture";
+    texture.relativeFileName = relativeFileName;
+    return scene;
+}
+
+class OnScreen : public ScratchTest<GlTest> {
 protected:
-    void SetUp() override {
-        GlTest::SetUp();
-        m_Dir = fs::temp_directory_path() /
-                ("on_screen_" + std::string(::testing::UnitTest::GetInstance()
-                                                ->current_test_info()->name()));
-        fs::create_directories(m_Dir);
+    // Draws the model at the given frame, seen through a 45-degree perspective on a cleared
+    // frame, and reads the pixels back.
+    static std::vector<unsigned char> Drawn(Model& model, int frame) {
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();
         gluPerspective(45.0, 1.0, 0.1, 100.0);
         glMatrixMode(GL_MODELVIEW);
         glLoadIdentity();
-    }
-    void TearDown() override { fs::remove_all(m_Dir); }
-
-    // Writes the scene as a binary 7500 file and imports it as a state would.
-    void Import(const fbx::SceneDescription& scene, Model& model) {
-        const fs::path file = m_Dir / "model.fbx";
-        std::string error;
-        ASSERT_TRUE(fbx::WriteFile(file.string(), scene, 7500, true, &error)) << error;
-        ::testing::internal::CaptureStdout();
-        ImportModelFile(file.string(), &model);
-        m_Report = ::testing::internal::GetCapturedStdout();
-    }
-
-    static std::vector<unsigned char> Pixels() {
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        model.m_Frame = frame;
+        DrawModel(model);
         std::vector<unsigned char> pixels(kSize * kSize * 3);
         glPixelStorei(GL_PACK_ALIGNMENT, 1);
         glReadPixels(0, 0, kSize, kSize, GL_RGB, GL_UNSIGNED_BYTE, pixels.data());
@@ -111,87 +70,53 @@ protected:
         const unsigned char* p = &pixels[(static_cast<std::size_t>(y) * kSize + x) * 3];
         return {p[0], p[1], p[2]};
     }
-
-    fs::path m_Dir;
-    std::string m_Report;
 };
 
 TEST_F(OnScreen, BitmapTextureShowsItsColoursWhereTheUVsPutThem) {
     // Left half red, right half blue.
-    const fs::path bitmap = m_Dir / "stripes.bmp";
-    WriteBitmapRow(bitmap, {{255, 0, 0}, {255, 0, 0}, {0, 0, 255}, {0, 0, 255}});
-
-    fbx::SceneDescription scene;
-    const int node = scene.AddNode("Square", NodeType::Mesh);
-    scene.nodes[node].mesh = Square();
-    scene.nodes[node].materials = {0};
-    fbx::desc::Material material;
-    material.name = "Striped";
-    material.diffuse = {1, 1, 1};
-    material.diffuseTextures = {0};
-    scene.materials.push_back(material);
-    fbx::desc::Texture texture;
-    texture.name = "StripesTexture";
-    texture.fileName = bitmap.string();
-    texture.relativeFileName = bitmap.string();
-    scene.textures.push_back(texture);
-
+    const std::string bitmap =
+        Write("stripes.bmp", BitmapRow({0, 0, 255, 0, 0, 255, 255, 0, 0, 255, 0, 0}));
+    // The material takes the next texture name for a texture of its own and the texture it
+    // loads the one after; copies of the material carry that texture and take no name.
+    const unsigned int first = Texture::NextId();
     Model model;
-    Import(scene, model);
-    EXPECT_NE(m_Report.find("Loading texture: StripesTexture\n"), std::string::npos) << m_Report;
-    ASSERT_EQ(model.m_Meshes.count("Square"), 1u);
+    const std::string report = ImportReport(WriteScene(TexturedSquare(bitmap)), model);
+    EXPECT_NE(report.find("Loading texture: SquareTexture\n"), std::string::npos) << report;
     const Material& loaded = model.m_Meshes.at("Square").m_Materials.at(0);
     ASSERT_TRUE(loaded.m_HasTexture);
     EXPECT_TRUE(glIsTexture(loaded.m_TextureId));
+    EXPECT_EQ(loaded.m_TextureId, first + 1);
+    EXPECT_EQ(loaded.m_Texture.m_Id, first + 1);
+    const Material copy = loaded;
+    EXPECT_EQ(copy.m_Texture.m_Id, first + 1);
+    EXPECT_EQ(Texture::NextId(), first + 2);
 
     model.m_Position[2] = -3.0f;
-    DrawModel(model);
-    const std::vector<unsigned char> pixels = Pixels();
+    const std::vector<unsigned char> pixels = Drawn(model, 0);
     // The square covers the middle of the window; sample a quarter in from each side.
     const Rgb left = At(pixels, kSize / 2 - kSize / 8, kSize / 2);
     const Rgb right = At(pixels, kSize / 2 + kSize / 8, kSize / 2);
-    EXPECT_GT(left.r, 150);
-    EXPECT_LT(left.b, 40);
-    EXPECT_GT(right.b, 150);
-    EXPECT_LT(right.r, 40);
-    // Outside the square: the cleared background.
-    const Rgb corner = At(pixels, 1, 1);
-    EXPECT_EQ(corner.r + corner.g + corner.b, 0);
-}
+    EXPECT_TRUE(left[0] > 150 && left[2] < 40) << left[0] << "," << left[2];
+    EXPECT_TRUE(right[2] > 150 && right[0] < 40) << right[0] << "," << right[2];
+    EXPECT_EQ(At(pixels, 1, 1), (Rgb{0, 0, 0}));  // outside the square: the background
 
-TEST_F(OnScreen, TexturePathsWrittenOnWindowsAreOpenedWithSlashes) {
+    // Files written on Windows name the texture with backslashes.
     fs::create_directories(m_Dir / "maps");
-    WriteBitmapRow(m_Dir / "maps" / "green.bmp", {{0, 255, 0}});
-
-    fbx::SceneDescription scene;
-    const int node = scene.AddNode("Square", NodeType::Mesh);
-    scene.nodes[node].mesh = Square();
-    scene.nodes[node].materials = {0};
-    fbx::desc::Material material;
-    material.name = "Green";
-    material.diffuseTextures = {0};
-    scene.materials.push_back(material);
-    fbx::desc::Texture texture;
-    texture.name = "GreenTexture";
-    texture.relativeFileName = m_Dir.string() + "\\maps\\green.bmp";
-    scene.textures.push_back(texture);
-
-    Model model;
-    Import(scene, model);
-    EXPECT_EQ(m_Report.find("Failed to load"), std::string::npos) << m_Report;
-    EXPECT_TRUE(model.m_Meshes.at("Square").m_Materials.at(0).m_HasTexture);
+    Write("maps/green.bmp", BitmapRow({0, 255, 0}));
+    Model windows;
+    const std::string windowsReport =
+        ImportReport(WriteScene(TexturedSquare(m_Dir.string() + "\\maps\\green.bmp")), windows);
+    EXPECT_EQ(windowsReport.find("Failed to load"), std::string::npos) << windowsReport;
+    EXPECT_TRUE(windows.m_Meshes.at("Square").m_Materials.at(0).m_HasTexture);
 }
 
 // Horizontal centre of the lit pixels, in pixels from the left.
 double LitCentre(const std::vector<unsigned char>& pixels) {
     double sum = 0, count = 0;
-    for (int y = 0; y < GlTest::kSize; ++y) {
-        for (int x = 0; x < GlTest::kSize; ++x) {
-            const unsigned char* p = &pixels[(static_cast<std::size_t>(y) * GlTest::kSize + x) * 3];
-            if (p[0] + p[1] + p[2] > 30) {
-                sum += x;
-                count += 1;
-            }
+    for (std::size_t i = 0; i < pixels.size(); i += 3) {
+        if (pixels[i] + pixels[i + 1] + pixels[i + 2] > 30) {
+            sum += static_cast<double>(i / 3 % GlTest::kSize);
+            count += 1;
         }
     }
     return count > 0 ? sum / count : -1.0;
@@ -206,43 +131,26 @@ TEST_F(OnScreen, AnimatedModelMovesBetweenTheFramesOfItsTake) {
     scene.nodes[mesh].mesh = Square();
     scene.nodes[mesh].mesh.uvs.clear();
     scene.nodes[mesh].materials = {0};
-    fbx::desc::Material material;
-    material.name = "Plain";
-    scene.materials.push_back(material);
-    fbx::desc::Take take;
+    scene.materials.emplace_back().name = "Plain";
+    fbx::desc::Take& take = scene.takes.emplace_back();
     take.name = "Slide";
-    fbx::desc::NodeAnimation animation;
+    fbx::desc::NodeAnimation& animation = take.nodes.emplace_back();
     animation.node = bone;
     const std::int64_t second = fbx::desc::kTicksPerSecond;
     animation.translation[0] = {{0, second}, {0.0, 1.5}};
     animation.translation[1] = {{0, second}, {0.0, 0.0}};
     animation.translation[2] = {{0, second}, {0.0, 0.0}};
-    take.nodes.push_back(animation);
-    scene.takes.push_back(take);
 
     Model model;
-    Import(scene, model);
-    EXPECT_NE(m_Report.find("Added animation for Slider with 2 keys.\n"), std::string::npos)
-        << m_Report;
+    const std::string report = ImportReport(WriteScene(scene), model);
+    EXPECT_NE(report.find("Added animation for Slider with 2 keys.\n"), std::string::npos)
+        << report;
     ASSERT_EQ(model.m_Animations.at("Slider").m_Keys.size(), 2u);
 
     model.m_Position[2] = -6.0f;
-    model.m_Frame = 0;
-    DrawModel(model);
-    const double atFirst = LitCentre(Pixels());
-
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glLoadIdentity();
-    model.m_Frame = 1;
-    DrawModel(model);
-    const double atSecond = LitCentre(Pixels());
-
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glLoadIdentity();
-    model.m_Frame = 2;  // past the last key frame: drawn without its animation
-    DrawModel(model);
-    const double pastEnd = LitCentre(Pixels());
-
+    const double atFirst = LitCentre(Drawn(model, 0));
+    const double atSecond = LitCentre(Drawn(model, 1));
+    const double pastEnd = LitCentre(Drawn(model, 2));  // past the last key: not animated
     ASSERT_GT(atFirst, 0.0);
     EXPECT_NEAR(atFirst, kSize / 2.0, 2.0);
     EXPECT_GT(atSecond, atFirst + 5.0);  // moved right by 1.5 units at depth 6
