@@ -1,63 +1,53 @@
 #include "window_picture.h"
 
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-
-#include <fstream>
+#include <algorithm>
+#include <cstdlib>
 
 namespace {
 
-// The position of a colour mask's lowest bit and its width, to scale the channel to 8 bits.
-unsigned char Component(unsigned long pixel, unsigned long mask) {
-    if (mask == 0) {
-        return 0;
-    }
-    int shift = 0;
-    while (((mask >> shift) & 1UL) == 0) {
-        ++shift;
-    }
-    const unsigned long maximum = mask >> shift;
-    const unsigned long value = (pixel & mask) >> shift;
-    return static_cast<unsigned char>(value * 255UL / maximum);
-}
+// Rows with fewer lit pixels than this are stray stars or edge pixels, not the scene.
+constexpr int kRowMinimum = 4;
+constexpr int kColourTolerance = 32;
 
 }  // namespace
 
-WindowPicture CaptureWindow(unsigned long window) {
-    WindowPicture picture;
-    Display* display = XOpenDisplay(nullptr);
-    if (display == nullptr) {
-        return picture;
-    }
-    XWindowAttributes attributes{};
-    if (XGetWindowAttributes(display, window, &attributes) != 0 && attributes.width > 0 &&
-        attributes.height > 0) {
-        XImage* image = XGetImage(display, window, 0, 0, static_cast<unsigned>(attributes.width),
-                                  static_cast<unsigned>(attributes.height), AllPlanes, ZPixmap);
-        if (image != nullptr) {
-            picture.m_Width = attributes.width;
-            picture.m_Height = attributes.height;
-            picture.m_Rgb.reserve(static_cast<std::size_t>(picture.m_Width) *
-                                  static_cast<std::size_t>(picture.m_Height) * 3);
-            for (int y = 0; y < picture.m_Height; ++y) {
-                for (int x = 0; x < picture.m_Width; ++x) {
-                    const unsigned long pixel = XGetPixel(image, x, y);
-                    picture.m_Rgb.push_back(Component(pixel, image->red_mask));
-                    picture.m_Rgb.push_back(Component(pixel, image->green_mask));
-                    picture.m_Rgb.push_back(Component(pixel, image->blue_mask));
-                }
+LitMeasure MeasureLit(const WindowPicture& picture, PictureRegion region) {
+    LitMeasure measure;
+    const int right = std::min(region.m_Right, picture.m_Width);
+    const int bottom = std::min(region.m_Bottom, picture.m_Height);
+    double sumX = 0, sumY = 0;
+    for (int y = std::max(0, region.m_Top); y < bottom; ++y) {
+        int inRow = 0;
+        for (int x = std::max(0, region.m_Left); x < right; ++x) {
+            const unsigned char* p = picture.At(x, y);
+            if (std::max({p[0], p[1], p[2]}) >= kLitLevel) {
+                ++inRow;
+                sumX += x;
+                sumY += y;
             }
-            XDestroyImage(image);
+        }
+        measure.m_Count += inRow;
+        if (inRow >= kRowMinimum) {
+            measure.m_Top = measure.m_Top < 0 ? y : measure.m_Top;
+            measure.m_Bottom = y;
         }
     }
-    XCloseDisplay(display);
-    return picture;
+    const int count = std::max(measure.m_Count, 1);
+    measure.m_X = sumX / count;
+    measure.m_Y = sumY / count;
+    return measure;
 }
 
-bool SavePpm(const WindowPicture& picture, const std::string& path) {
-    std::ofstream file(path, std::ios::binary);
-    file << "P6\n" << picture.m_Width << ' ' << picture.m_Height << "\n255\n";
-    file.write(reinterpret_cast<const char*>(picture.m_Rgb.data()),
-               static_cast<std::streamsize>(picture.m_Rgb.size()));
-    return static_cast<bool>(file);
+int DifferingPixels(const WindowPicture& a, const WindowPicture& b) {
+    if (a.m_Width != b.m_Width || a.m_Height != b.m_Height) {
+        return std::max(a.m_Width * a.m_Height, b.m_Width * b.m_Height);
+    }
+    int count = 0;
+    for (std::size_t i = 0; i + 2 < a.m_Rgb.size(); i += 3) {
+        const auto apart = [&](std::size_t c) {
+            return std::abs(int(a.m_Rgb[i + c]) - int(b.m_Rgb[i + c])) > kColourTolerance;
+        };
+        count += apart(0) || apart(1) || apart(2);
+    }
+    return count;
 }

@@ -1,46 +1,27 @@
 // Damaged, missing and foreign files where the state table and state files are named: a
 // broken state table ends the program at start-up naming the file, line and column; every
 // other file leaves its state empty (or its model empty) and the game goes on.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
-#include <string>
-#include <utility>
-#include <vector>
+#include <memory>
 
-#include "hostile_support.h"
+#include "hostile_files.h"
 #include "model/Model.h"
+#include "scratch_dir.h"
 #include "states/Game.h"
-#include "states/GameState.h"
 #include "states/MenuState.h"
 
 namespace {
 
-// Entities that refer to each other ten times a level: levels deep, it expands to
-// 10^levels copies of a 100-character text.
-std::string EntityBomb(int levels) {
-    std::string text = "<?xml version=\"1.0\"?>\n<!DOCTYPE state [\n<!ENTITY e0 \"" +
-                       std::string(100, 'a') + "\">\n";
-    for (int level = 1; level <= levels; ++level) {
-        text += "<!ENTITY e" + std::to_string(level) + " \"";
-        for (int i = 0; i < 10; ++i) {
-            text += "&e" + std::to_string(level - 1) + ";";
-        }
-        text += "\">\n";
-    }
-    return text + "]>\n<state><Name>&e" + std::to_string(levels) + ";</Name></state>\n";
-}
+using ::testing::HasSubstr;
 
-std::string NestedState(int depth) {
-    std::string text = "<state><Name>Deep</Name>";
-    for (int i = 0; i < depth; ++i)
-        text += "<a>";
-    text += "x";
-    for (int i = 0; i < depth; ++i)
-        text += "</a>";
-    return text + "<URL>missing.fbx</URL></state>";
-}
+// Entities that refer to each other ten times a level, eight levels deep: a billion bytes
+// once expanded (kept among the fuzz regressions).
+const std::string kEntityBomb = ReadWholeFile(
+    std::string(ENGINE_SOURCE_DIR) + "/tests/fuzz/regressions/fuzz_states/entity_expansion.xml");
 
+// A state table with one menu state "Menu" read from the file resources.
 std::string Table(const std::string& resources, const std::string& loader = "") {
     return "<game><Title>Hostile</Title><default>Menu</default>" +
            (loader.empty() ? "" : "<loader>" + loader + "</loader>") +
@@ -57,14 +38,12 @@ TEST(HostileStateTable, UnusableTableEndsTheProgramNamingFileLineAndColumn) {
     // Other tests of this program leave GL worker threads behind.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     ScratchDir dir;
-    const std::vector<std::pair<std::string, std::string>> tables = {
-        {"empty.xml", dir.Write("empty.xml", "")},
-        {"binary.xml", dir.Write("binary.xml", std::string("\0\x01\xff\xfe garbage", 13))},
-        {"folder.xml", (dir.Root() / "folder.xml").string()},
-        {"bomb.xml", dir.Write("bomb.xml", EntityBomb(8))},
-    };
     std::filesystem::create_directory(dir.Root() / "folder.xml");
-    for (const auto& [name, path] : tables) {
+    for (const std::string& path : std::vector<std::string>{
+             dir.Path("absent.xml"), dir.Path("folder.xml"), dir.Write("empty.xml", ""),
+             dir.Write("binary.xml", std::string("\0\x01\xff\xfe garbage", 13)),
+             dir.Write("bomb.xml", kEntityBomb)}) {
+        const std::string name = std::filesystem::path(path).filename().string();
         EXPECT_EXIT(ConstructUncaught(path), ::testing::KilledBySignal(SIGABRT),
                     "Fatal error in .*" + name + " at line [0-9]+, column [0-9]+: .+")
             << name;
@@ -74,37 +53,33 @@ TEST(HostileStateTable, UnusableTableEndsTheProgramNamingFileLineAndColumn) {
 TEST(HostileStateFile, UnusableStateFilesLeaveAnEmptyStateAndTheGameGoesOn) {
     ScratchDir dir;
     std::filesystem::create_directory(dir.Root() / "folder.xml");
-    const std::vector<std::string> files = {
-        dir.Path("missing.xml"),
-        (dir.Root() / "folder.xml").string(),
-        dir.Write("empty.xml", ""),
-        dir.Write("binary.xml", std::string("\0\x01\xff\xfe<URL>x</URL>", 16)),
-        dir.Write("model.xml", ReadWholeFile(DataFile("textured_quad.fbx"))),
-        dir.Write("bomb.xml", EntityBomb(6)),
-        dir.Write("truncated.xml", "<state><Name>Cut</Name><URL>missing.fbx</URL><Action><Na"),
-    };
-    for (const std::string& file : files) {
-        Game* game = nullptr;
-        const std::string output =
-            CapturedOutput([&] { game = new Game(dir.Write("states.xml", Table(file, file))); });
-        EXPECT_NE(output.find("Finished loading xml.\n"), std::string::npos) << file;
+    for (const std::string& file : std::vector<std::string>{
+             dir.Path("missing.xml"), dir.Path("folder.xml"), dir.Write("empty.xml", ""),
+             dir.Write("binary.xml", std::string("\0\x01\xff\xfe<URL>x</URL>", 16)),
+             dir.Write("model.xml", ReadWholeFile(DataFile("textured_quad.fbx"))),
+             dir.Write("bomb.xml", kEntityBomb),
+             dir.Write("truncated.xml",
+                       "<state><Name>Cut</Name><URL>missing.fbx</URL><Action><Na")}) {
+        std::unique_ptr<Game> game;
+        const std::string output = CapturedOutput(
+            [&] { game = std::make_unique<Game>(dir.Write("states.xml", Table(file, file))); });
+        EXPECT_THAT(output, HasSubstr("Finished loading xml.\n")) << file;
         ASSERT_EQ(game->m_States.count("Menu"), 1u) << file;
         GameState* state = game->m_States.at("Menu");
         // Nothing was read: no name (the bomb's would be megabytes long), no model, no action.
         EXPECT_EQ(state->GetName(), "") << file;
-        EXPECT_TRUE(state->m_Models.empty()) << file;
-        EXPECT_TRUE(state->m_Actions.empty()) << file;
+        EXPECT_TRUE(state->m_Models.empty() && state->m_Actions.empty()) << file;
         ASSERT_NE(game->m_Loader, nullptr);
         EXPECT_TRUE(game->m_Loader->m_Models.empty()) << file;
-        // The state still runs its frame and is reset without trouble.
+        // The state still runs its frame from frame 1 and is reset without trouble.
         EXPECT_TRUE(state->IsLoaded()) << file;
+        EXPECT_EQ(state->m_CurrentFrame, 1) << file;
         game->m_Keyboard = Keyboard{};
         state->Update(16);
         state->Reset();
         state->Update(16);
         EXPECT_TRUE(game->m_DrawList.empty()) << file;
         delete game->m_Loader;
-        delete game;
     }
 }
 
@@ -112,50 +87,47 @@ TEST(HostileStateFile, ModelsThatCannotBeReadAreNamedAndLeftEmptyAgainOnEachRese
     ScratchDir dir;
     const std::string folder = dir.Root().string();
     const std::string missing = dir.Path("no_such_model.fbx");
-    const std::string foreign = DataFile("not_a_model.fbx");
+    const std::string foreign = DataFile("not_a_model.fbx");  // a picture renamed to .fbx
+    const std::string empty = dir.Write("empty.fbx", "");
     const std::string file =
         dir.Write("menu.xml", "<state><Name>Menu</Name><URL>" + missing + "</URL><URL>" + folder +
-                                  "</URL><URL>" + foreign + "</URL><URL></URL></state>");
-    Game* game = nullptr;
-    std::string output =
-        CapturedOutput([&] { game = new Game(dir.Write("states.xml", Table(file))); });
-    const std::string expected =
-        "Failed to open " + missing + ".\n" +
-        "Call to KFbxImporter::Initialize() failed.\nError returned: Not a regular file: " + folder +
-        "\n\n" +
-        "Call to KFbxImporter::Initialize() failed.\nError returned: Not an FBX file: " + foreign +
-        "\n\n";
-    EXPECT_NE(output.find(expected), std::string::npos) << output;
+                                  "</URL><URL>" + foreign + "</URL><URL>" + empty +
+                                  "</URL><URL></URL></state>");
+    std::unique_ptr<Game> game;
+    std::string output = CapturedOutput(
+        [&] { game = std::make_unique<Game>(dir.Write("states.xml", Table(file))); });
+    const std::string refused = "Call to KFbxImporter::Initialize() failed.\nError returned: ";
+    const std::string expected = "Failed to open " + missing + ".\n" + refused +
+                                 "Not a regular file: " + folder + "\n\n" + refused +
+                                 "Not an FBX file: " + foreign + "\n\n" + refused +
+                                 "Not an FBX file: " + empty + "\n\n";
+    EXPECT_THAT(output, HasSubstr(expected));
     GameState* state = game->m_States.at("Menu");
     EXPECT_EQ(state->GetName(), "Menu");
-    ASSERT_EQ(state->m_Models.size(), 4u);
+    ASSERT_EQ(state->m_Models.size(), 5u);
     for (const Model* model : state->m_Models) {
-        EXPECT_TRUE(model->m_Meshes.empty());
+        EXPECT_TRUE(model->m_Meshes.empty() && model->m_Nodes.empty());
     }
-
     output = CapturedOutput([&] { state->Reset(); });
-    EXPECT_NE(output.find(expected), std::string::npos) << output;
-    EXPECT_EQ(state->m_Models.size(), 8u);
+    EXPECT_THAT(output, HasSubstr(expected));
+    EXPECT_EQ(state->m_Models.size(), 10u);
     game->m_DrawList.clear();
     state->Update(16);
-    EXPECT_EQ(game->m_DrawList.size(), 8u);
-    delete game;
+    EXPECT_EQ(game->m_DrawList.size(), 10u);
 }
 
 TEST(HostileStateFile, DeeplyNestedStateFileStillLoads) {
     ScratchDir dir;
-    const std::string file = dir.Write("deep.xml", NestedState(20000));
-    MenuState* state = nullptr;
-    Game* game = nullptr;
-    const std::string output = CapturedOutput([&] {
-        game = new Game(dir.Write("states.xml", "<game/>"));
-        state = new MenuState(game, file);
-    });
+    const std::string file =
+        dir.Write("deep.xml", "<state><Name>Deep</Name>" + Repeat("<a>", 20000) + "x" +
+                                  Repeat("</a>", 20000) + "<URL>missing.fbx</URL></state>");
+    Game game(dir.Write("states.xml", "<game/>"));
+    std::unique_ptr<MenuState> state;
+    const std::string output =
+        CapturedOutput([&] { state = std::make_unique<MenuState>(&game, file); });
     EXPECT_EQ(state->GetName(), "Deep");
-    EXPECT_NE(output.find("Failed to open missing.fbx.\n"), std::string::npos) << output;
+    EXPECT_THAT(output, HasSubstr("Failed to open missing.fbx.\n"));
     EXPECT_EQ(state->m_Models.size(), 1u);
-    delete state;
-    delete game;
 }
 
 }  // namespace

@@ -3,41 +3,34 @@
 #include <GL/freeglut.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include "render/TextureUpload.h"
-
-namespace {
-bool g_WindowReady = false;
-
-void OpenWindowOnce() {
-    if (g_WindowReady) {
-        return;
-    }
-    int argc = 1;
-    char name[] = "render_tests";
-    char* argv[] = {name, nullptr};
-    glutInit(&argc, argv);
-    glutInitWindowSize(GlTest::kSize, GlTest::kSize);
-    glutInitDisplayMode(GLUT_RGB | GLUT_DOUBLE | GLUT_DEPTH);
-    glutCreateWindow("render tests");
-    // The fixed state the engine sets at start-up, which drawing relies on.
-    glShadeModel(GL_SMOOTH);
-    glEnable(GL_DEPTH_TEST);
-    glDepthFunc(GL_LEQUAL);
-    glEnable(GL_LIGHTING);
-    glEnable(GL_LIGHT0);
-    // As at the engine's start-up: inserted meshes upload their textures.
-    InstallTextureUpload();
-    g_WindowReady = true;
-}
-}  // namespace
 
 void GlTest::SetUp() {
     const char* display = std::getenv("DISPLAY");
     if (display == nullptr || *display == '\0') {
         GTEST_SKIP() << "no X display";
     }
-    OpenWindowOnce();
+    // One window for the whole program, with the fixed state the engine sets at start-up
+    // (drawing relies on it) and, as there, texture upload for every inserted mesh.
+    static const bool opened = [] {
+        int argc = 1;
+        char name[] = "render_tests";
+        char* argv[] = {name, nullptr};
+        glutInit(&argc, argv);
+        glutInitWindowSize(kSize, kSize);
+        glutInitDisplayMode(GLUT_RGB | GLUT_DOUBLE | GLUT_DEPTH);
+        glutCreateWindow("render tests");
+        glShadeModel(GL_SMOOTH);
+        glEnable(GL_DEPTH_TEST);
+        glDepthFunc(GL_LEQUAL);
+        glEnable(GL_LIGHTING);
+        glEnable(GL_LIGHT0);
+        InstallTextureUpload();
+        return true;
+    }();
+    (void)opened;
     glViewport(0, 0, kSize, kSize);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -59,11 +52,22 @@ std::array<float, 3> GlTest::Apply(float x, float y, float z) {
             m[2] * x + m[6] * y + m[10] * z + m[14]};
 }
 
+std::array<unsigned char, 3> GlTest::PixelAt(int x, int y) {
+    glFinish();
+    glReadBuffer(GL_BACK);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    std::array<unsigned char, 3> rgb{};
+    glReadPixels(x, y, 1, 1, GL_RGB, GL_UNSIGNED_BYTE, rgb.data());
+    return rgb;
+}
+
 int GlTest::ModelViewDepth() {
     GLint depth = 0;
     glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depth);
     return depth;
 }
+
+static_assert(sizeof(FedVertex) == 11 * sizeof(float), "read straight from the buffer");
 
 std::vector<FedVertex> GlTest::Feedback(const std::function<void()>& draw) {
     std::vector<GLfloat> buffer(1 << 16);
@@ -82,15 +86,8 @@ std::vector<FedVertex> GlTest::Feedback(const std::function<void()>& draw) {
         const auto n = static_cast<GLint>(buffer[static_cast<size_t>(i) + 1]);
         i += 2;
         for (GLint v = 0; v < n && i + 11 <= count; ++v, i += 11) {
-            FedVertex out{};
-            const GLfloat* p = &buffer[static_cast<size_t>(i)];
-            for (int k = 0; k < 3; ++k)
-                out.m_Window[k] = p[k];
-            for (int k = 0; k < 4; ++k)
-                out.m_Color[k] = p[3 + k];
-            for (int k = 0; k < 4; ++k)
-                out.m_TexCoord[k] = p[7 + k];
-            vertices.push_back(out);
+            FedVertex& out = vertices.emplace_back();
+            std::memcpy(&out, &buffer[static_cast<size_t>(i)], sizeof out);
         }
     }
     return vertices;

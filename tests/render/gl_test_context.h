@@ -23,6 +23,8 @@ inline auto Near(std::vector<float> expected, float tolerance = 1e-5f) {
     return ::testing::Pointwise(::testing::FloatNear(tolerance), expected);
 }
 
+const std::vector<float> kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
 class GlTest : public ::testing::Test {
 public:
     static constexpr int kSize = 64;  // the window's width and height in pixels
@@ -38,4 +40,6 @@ public:
     // returns every vertex of every polygon it produced.
     static std::vector<FedVertex> Feedback(const std::function<void()>& draw);
     static int ModelViewDepth();
+    // The colour of one pixel of the drawn (back) buffer, from the bottom left.
+    static std::array<unsigned char, 3> PixelAt(int x, int y);
 };

@@ -1,127 +1,78 @@
 // The Game and its state table: values read, states made, reload and destruction, and what
 // the user sees when the table is malformed.
-#include <csignal>
-#include <string>
-
 #include <gtest/gtest.h>
 
-#include "state_test_support.h"
+#include <csignal>
+
+#include "scratch_dir.h"
 #include "states/Game.h"
-#include "states/GameState.h"
 #include "states/MenuState.h"
 
 namespace {
-class GameTest : public StatesTest {
+
+std::string Entry(const std::string& type, const std::string& name, const std::string& file) {
+    return "<state><type>" + type + "</type><name>" + name + "</name><resources>" + file +
+           "</resources></state>";
+}
+
+class GameTest : public ::testing::Test {
 protected:
-    // A state file whose only content is its name.
-    std::string NamedState(const std::string& file, const std::string& name) {
-        return m_Dir.Write(file, "<state><Name>" + name + "</Name></state>");
+    std::string State(const std::string& name, const std::string& content = "") {
+        return m_Dir.Write(name + ".xml",
+                           "<state><Name>" + name + "</Name>" + content + "</state>");
+    }
+    std::string Table(const std::string& body) {
+        return m_Dir.Write("states.xml", "<game>" + body + "</game>");
     }
 
-    static std::string StateEntry(const std::string& type, const std::string& name,
-                                  const std::string& resources) {
-        return "<state><type>" + type + "</type><name>" + name + "</name><resources>" + resources +
-               "</resources></state>";
-    }
+    ScratchDir m_Dir;
 };
 
-TEST_F(GameTest, ReadsTheTopLevelValues) {
-    const std::string menu = NamedState("menu.xml", "Main menu");
-    const std::string loading = NamedState("loading.xml", "Loading");
-    const std::string table =
-        m_Dir.Write("states.xml",
-                    "<game><return_action>r</return_action><reload_action>l</reload_action>"
-                    "<pause_game>pause</pause_game><loader>" +
-                        loading +
-                        "</loader><Title>Demo</Title><Width>800px</Width>"
-                        "<Height>tall</Height><default>Menu</default>" +
-                        StateEntry("MenuState", "Menu", menu) + "</game>");
-
+TEST_F(GameTest, ReadsTheTableMakesItsMenuStatesAndSaysWhenItIsDone) {
+    // A title inside a state counts when it comes first; only exact "MenuState" types are
+    // made, and of two states of one name the second stays.
+    const std::string other = State("Other");
+    const std::string table = Table(
+        "<return_action>r</return_action><reload_action>l</reload_action>"
+        "<pause_game>pause</pause_game><loader>" +
+        State("Loading") +
+        "</loader><Width>800px</Width><Height>tall</Height><default>Menu</default>"
+        "<state><Title>Demo</Title><type>MenuState</type><name>Menu</name><resources>" +
+        State("First") + "</resources></state>" +
+        Entry("MenuState", "Menu", State("Second", "<URL>a.fbx</URL><URL>b.fbx</URL>")) +
+        Entry("menustate", "Lower", other) + Entry("Level", "Level", other) +
+        Entry("", "Untyped", other) + "<Title>Top</Title>");
     ::testing::internal::CaptureStdout();
     Game game(table);
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Finished loading xml.\n");
-
-    EXPECT_EQ(game.m_ReturnKey, 'r');
-    EXPECT_EQ(game.m_ReloadKey, 'l');
-    EXPECT_EQ(game.m_PauseKey, 'p');
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
+              "Failed to open a.fbx.\nFailed to open b.fbx.\nFinished loading xml.\n");
+    EXPECT_EQ(std::string({game.m_ReturnKey, game.m_ReloadKey, game.m_PauseKey}), "rlp");
     EXPECT_EQ(game.m_Title, "Demo");
-    EXPECT_EQ(game.m_Viewport.m_Width, 800);
-    EXPECT_EQ(game.m_Viewport.m_Height, 0);
-    EXPECT_EQ(game.m_DefaultState, "Menu");
-    EXPECT_EQ(game.m_CurrentState, "Menu");
+    EXPECT_EQ(std::make_pair(game.m_Viewport.m_Width, game.m_Viewport.m_Height),
+              std::make_pair(800, 0));
+    EXPECT_EQ(game.m_DefaultState + " " + game.m_CurrentState, "Menu Menu");
     ASSERT_NE(game.m_Loader, nullptr);
     EXPECT_EQ(game.m_Loader->GetName(), "Loading");
     EXPECT_TRUE(game.m_Loader->IsLoaded());
     ASSERT_EQ(game.m_States.size(), 1u);
-    ASSERT_NE(dynamic_cast<MenuState*>(game.m_States["Menu"]), nullptr);
-    EXPECT_EQ(game.m_States["Menu"]->GetName(), "Main menu");
-    EXPECT_EQ(game.m_Tick, false);
-    EXPECT_EQ(game.m_TickRate, 15);
-    EXPECT_EQ(game.m_FramesPerSecond, 0);
-}
-
-TEST_F(GameTest, MissingElementsGiveEmptyValues) {
-    Game game(m_Dir.Write("states.xml", "<game/>"));
-    EXPECT_EQ(game.m_ReturnKey, '\0');
-    EXPECT_EQ(game.m_PauseKey, '\0');
-    // Without "reload_action" the reload key can never fire.
-    EXPECT_EQ(static_cast<unsigned char>(game.m_ReloadKey), 0xFF);
-    EXPECT_EQ(game.m_Loader, nullptr);
-    EXPECT_EQ(game.m_Title, "");
-    EXPECT_EQ(game.m_Viewport.m_Width, 0);
-    EXPECT_EQ(game.m_Viewport.m_Height, 0);
-    EXPECT_EQ(game.m_DefaultState, "");
-    EXPECT_EQ(game.m_CurrentState, "");
-    EXPECT_TRUE(game.m_States.empty());
-}
-
-TEST_F(GameTest, OnlyExactMenuStateTypesAreMadeAndARepeatedNameKeepsTheSecond) {
-    const std::string first = NamedState("first.xml", "First");
-    const std::string second = NamedState("second.xml", "Second");
-    const std::string other = NamedState("other.xml", "Other");
-    Game game(m_Dir.Write(
-        "states.xml",
-        "<game><default>Menu</default>" + StateEntry("MenuState", "Menu", first) +
-            StateEntry("MenuState", "Menu", second) + StateEntry("menustate", "Lower", other) +
-            StateEntry("Level", "Level", other) + StateEntry("", "Untyped", other) + "</game>"));
-    ASSERT_EQ(game.m_States.size(), 1u);
-    EXPECT_EQ(game.m_States["Menu"]->GetName(), "Second");
-}
-
-TEST_F(GameTest, TitleInsideAStateCountsWhenItComesFirst) {
-    const std::string menu = NamedState("menu.xml", "Menu");
-    Game game(m_Dir.Write("states.xml",
-                          "<game><state><Title>From state</Title><type>MenuState</type>"
-                          "<name>Menu</name><resources>" +
-                              menu + "</resources></state><Title>Top</Title></game>"));
-    EXPECT_EQ(game.m_Title, "From state");
-    EXPECT_EQ(game.m_States.count("Menu"), 1u);
-}
-
-TEST_F(GameTest, StatesAreLoadedWhenMadeAndTheirModelsAreOnTheDrawList) {
-    const std::string menu =
-        m_Dir.Write("menu.xml", "<s><Name>Menu</Name><URL>a.fbx</URL><URL>b.fbx</URL></s>");
-    Game game(m_Dir.Write("states.xml", "<game><default>Menu</default>" +
-                                            StateEntry("MenuState", "Menu", menu) + "</game>"));
-    GameState* state = game.m_States["Menu"];
-    ASSERT_NE(state, nullptr);
-    EXPECT_TRUE(state->IsLoaded());
-    EXPECT_EQ(state->m_Models.size(), 2u);
-    EXPECT_EQ(game.m_DrawList, state->m_Models);
+    GameState* menu = game.m_States["Menu"];
+    ASSERT_NE(dynamic_cast<MenuState*>(menu), nullptr);
+    EXPECT_EQ(menu->GetName(), "Second");
+    // States are loaded when made, their models on the draw list.
+    EXPECT_TRUE(menu->IsLoaded());
+    EXPECT_EQ(menu->m_Models.size(), 2u);
+    EXPECT_EQ(game.m_DrawList, menu->m_Models);
+    delete game.m_Loader;
 }
 
 TEST_F(GameTest, ReloadReadsTheTableAgainAndReturnsToTheDefault) {
-    const std::string menu = NamedState("menu.xml", "Menu");
-    const std::string table =
-        m_Dir.Write("states.xml", "<game><Title>Old</Title><default>Menu</default>" +
-                                      StateEntry("MenuState", "Menu", menu) + "</game>");
-    Game game(table);
+    const std::string menu = State("Menu");
+    Game game(
+        Table("<Title>Old</Title><default>Menu</default>" + Entry("MenuState", "Menu", menu)));
     GameState* before = game.m_States["Menu"];
     game.m_CurrentState = "Elsewhere";
-
-    m_Dir.Write("states.xml", "<game><Title>New</Title><default>Menu</default>" +
-                                  StateEntry("MenuState", "Menu", menu) +
-                                  StateEntry("MenuState", "Extra", menu) + "</game>");
+    Table("<Title>New</Title><default>Menu</default>" + Entry("MenuState", "Menu", menu) +
+          Entry("MenuState", "Extra", menu));
     game.LoadStates();
     EXPECT_EQ(game.m_Title, "New");
     EXPECT_EQ(game.m_CurrentState, "Menu");
@@ -129,26 +80,23 @@ TEST_F(GameTest, ReloadReadsTheTableAgainAndReturnsToTheDefault) {
     EXPECT_NE(game.m_States["Menu"], before);  // made anew
 }
 
-// A state that tells when it is destroyed.
-class ProbeState : public GameState {
-public:
-    ProbeState(Game* game, const std::string& file, int* destroyed)
-        : GameState(game, file), m_Destroyed(destroyed) {}
-    ~ProbeState() override { ++*m_Destroyed; }
-
-private:
-    int* m_Destroyed;
+// A state that counts its destruction.
+struct ProbeState : GameState {
+    using GameState::GameState;
+    ~ProbeState() override { ++s_Destroyed; }
+    static inline int s_Destroyed = 0;
 };
 
-TEST_F(GameTest, DestroyingTheGameDestroysItsStates) {
-    const std::string file = NamedState("probe.xml", "Probe");
-    int destroyed = 0;
-    auto* game = new Game(m_Dir.Write("states.xml", "<game/>"));
-    game->m_States["A"] = new ProbeState(game, file, &destroyed);
-    game->m_States["B"] = new ProbeState(game, file, &destroyed);
+TEST_F(GameTest, MissingKeysReadAsNoKeyAndDestroyingTheGameDestroysItsStates) {
+    auto* game = new Game(Table(""));
+    EXPECT_EQ(static_cast<unsigned char>(game->m_ReloadKey), 0xFF);  // never fires
+    EXPECT_EQ(game->m_PauseKey, '\0');
+    EXPECT_EQ(game->m_Loader, nullptr);
+    game->m_States["A"] = new ProbeState(game, State("Probe"));
+    game->m_States["B"] = new ProbeState(game, State("Probe"));
     game->m_States["Empty"] = nullptr;
     delete game;
-    EXPECT_EQ(destroyed, 2);
+    EXPECT_EQ(ProbeState::s_Destroyed, 2);
 }
 
 // Builds a Game where nothing catches what it throws, as at the program's start.
@@ -164,9 +112,4 @@ TEST_F(GameTest, MalformedTableStopsTheProgramAndSaysWhere) {
         "Fatal error in .*states\\.xml at line 3, column 18: expected end of tag .default.");
 }
 
-TEST_F(GameTest, MissingTableStopsTheProgramAndSaysWhich) {
-    const std::string table = m_Dir.Path("absent.xml");
-    EXPECT_EXIT(ConstructUncaught(table), ::testing::KilledBySignal(SIGABRT),
-                "Fatal error in .*absent\\.xml at line [0-9]+, column [0-9]+: .+");
-}
 }  // namespace
