@@ -26,22 +26,22 @@ std::string CapturedOutput(const std::function<void()>& code) {
     return ::testing::internal::GetCapturedStdout();
 }
 
-std::string BitmapBytes(const BitmapSpec& spec) {
+std::string BitmapBytes(const BitmapShape& shape) {
     std::string out = "BM";
-    Put(out, 54 + spec.m_DataBytes, 4);  // file size, as far as the pixels written go
+    Put(out, 54 + shape.m_DataBytes, 4);  // file size, as far as the pixels written go
     Put(out, 0, 4);
-    Put(out, spec.m_DataOffset, 4);
+    Put(out, shape.m_DataOffset, 4);
     Put(out, 40, 4);  // information header size
-    Put(out, static_cast<std::uint32_t>(spec.m_Width), 4);
-    Put(out, static_cast<std::uint32_t>(spec.m_Height), 4);
+    Put(out, static_cast<std::uint32_t>(shape.m_Width), 4);
+    Put(out, static_cast<std::uint32_t>(shape.m_Height), 4);
     Put(out, 1, 2);  // planes
-    Put(out, spec.m_BitsPerPixel, 2);
-    Put(out, spec.m_Compression, 4);
-    Put(out, spec.m_ImageSize, 4);
+    Put(out, shape.m_BitsPerPixel, 2);
+    Put(out, shape.m_Compression, 4);
+    Put(out, shape.m_ImageSize, 4);
     Put(out, 2835, 4);  // pixels per metre, across and up
     Put(out, 2835, 4);
     Put(out, 0, 8);  // colours used and important
-    for (std::size_t i = 0; i < spec.m_DataBytes; ++i) {
+    for (std::size_t i = 0; i < shape.m_DataBytes; ++i) {
         out.push_back(static_cast<char>(0x40 + i % 64));
     }
     return out;

@@ -14,7 +14,7 @@ std::string CapturedOutput(const std::function<void()>& code);
 
 // A Windows bitmap: 14-byte file header, 40-byte information header, then the pixel bytes.
 // The header fields are given as they should be written, whether true or not.
-struct BitmapSpec {
+struct BitmapShape {
     std::int32_t m_Width = 4;
     std::int32_t m_Height = 4;
     std::uint16_t m_BitsPerPixel = 24;
@@ -23,7 +23,7 @@ struct BitmapSpec {
     std::uint32_t m_DataOffset = 54;
     std::size_t m_DataBytes = 4 * 4 * 3;  // pixel bytes actually written after the headers
 };
-std::string BitmapBytes(const BitmapSpec& spec);
+std::string BitmapBytes(const BitmapShape& shape);
 
 // The text times times in a row.
 std::string Repeat(const std::string& text, int times);

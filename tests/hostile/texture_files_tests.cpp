@@ -57,7 +57,7 @@ using HostileTextureOnScreen = GlTest;
 TEST_F(HostileTextureOnScreen, MisleadingBitmapsAreReadWithinTheFileAndTheSquareIsDrawn) {
     // Width, height, bits per pixel, compression, image size, data offset, pixel bytes present
     // (8-bit: palette and indices).
-    const std::pair<const char*, BitmapSpec> bitmaps[] = {
+    const std::pair<const char*, BitmapShape> bitmaps[] = {
         {"8-bit", {4, 4, 8, 0, 16, 54, 16 + 1024}},
         {"32-bit", {4, 4, 32, 0, 64, 54, 64}},
         {"run-length", {4, 4, 24, 1, 48, 54, 10}},
@@ -66,9 +66,9 @@ TEST_F(HostileTextureOnScreen, MisleadingBitmapsAreReadWithinTheFileAndTheSquare
         {"data offset past the end", {4, 4, 24, 0, 48, 0x7FFFFF00u, 48}},
         {"negative sizes", {-4, -2147483647 - 1, 24, 0, 48, 54, 48}},
         {"odd rows, no size", {3, 3, 24, 0, 0, 54, 7}}};
-    for (const auto& [name, spec] : bitmaps) {
+    for (const auto& [name, shape] : bitmaps) {
         SCOPED_TRACE(name);
-        const std::string bytes = BitmapBytes(spec);
+        const std::string bytes = BitmapBytes(shape);
         ScratchDir dir;
         Texture texture;
         bool loaded = false;
@@ -77,8 +77,8 @@ TEST_F(HostileTextureOnScreen, MisleadingBitmapsAreReadWithinTheFileAndTheSquare
         EXPECT_TRUE(loaded) << read;
         // The pixel block holds at most what the file has past its headers.
         EXPECT_LE(texture.m_ImageSize, bytes.size() - 54 + 2);
-        EXPECT_EQ(texture.m_Width, spec.m_Width);
-        EXPECT_EQ(texture.m_Height, spec.m_Height);
+        EXPECT_EQ(texture.m_Width, shape.m_Width);
+        EXPECT_EQ(texture.m_Height, shape.m_Height);
         // Touch every byte the texture claims: ASan reports any that is not its own.
         (void)std::accumulate(texture.m_Pixels, texture.m_Pixels + texture.m_ImageSize, 0u);
 
