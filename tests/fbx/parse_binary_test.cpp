@@ -1,188 +1,165 @@
-// The binary parser on files built byte by byte: every value type, arrays raw and
-// compressed, 32- and 64-bit record headers, both byte orders, and scalar-list packing.
+// A tree holding every value type, written by our encoders in binary (32- and 64-bit record
+// headers, both byte orders, compressed or not, older files' scalar lists) and in ASCII (both
+// array styles), reads back as the same tree, every number bit for bit; and how the binary
+// parser packs scalar lists.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
-#include <string>
-#include <tuple>
-#include <vector>
+#include <limits>
 
-#include "fbx/format/Parse.h"
-#include "support_binary_builder.h"
+#include "fbx/format/Encode.h"
+#include "support_corpus.h"
+#include "support_tree.h"
 
+namespace fbx {
 namespace {
 
-using fbxtest::BinaryBuilder;
-using Node = BinaryBuilder::Node;
+using fbxtest::TreeText;
 
-class BinaryLayouts : public ::testing::TestWithParam<std::tuple<std::uint32_t, bool>> {};
-
-TEST_P(BinaryLayouts, ScalarsTextsArraysAndChildrenRoundTrip) {
-    const auto [version, bigEndian] = GetParam();
-    BinaryBuilder b(version, bigEndian);
-    Node scalars{"Scalars"};
-    b.Bool(scalars, true);
-    b.Int16(scalars, -12345);
-    b.Int32(scalars, -2000000000);
-    b.Int64(scalars, 1907292236800);
-    b.Float32(scalars, 1.5f);
-    b.Float64(scalars, -0.1);
-    b.String(scalars, std::string("pCube1\0\1Model", 13));
-    b.String(scalars, std::string("\x89PNG\0\x01", 6), 'R');
-    b.Char(scalars, 'Y');
-
-    Node arrays{"Arrays"};
-    b.Int32Array(arrays, {1, -2, 3});
-    b.Int64Array(arrays, {1LL << 40, -5}, true);
-    b.Float32Array(arrays, {0.25f, -8.0f});
-    b.Float64Array(arrays, std::vector<double>(1000, 2.5), true);
-    b.BoolArray(arrays, {1, 0, 1});
-    b.Int32Array(arrays, {});
-
-    Node parent{"Parent"};
-    parent.children = {scalars, arrays, Node{"Empty"}};
-    Node second{"Second"};
-    b.Int32(second, 7);
-    const std::vector<std::uint8_t> file = b.Build({parent, second});
-
-    ASSERT_TRUE(fbx::IsBinaryFbx(file.data(), file.size()));
-    const fbx::ParseResult r = fbx::ParseBuffer(file.data(), file.size());
-    ASSERT_TRUE(r.ok) << r.error;
-    EXPECT_TRUE(r.document.binary);
-    EXPECT_EQ(r.document.bigEndian, bigEndian);
-    EXPECT_EQ(r.document.version, version);
-    ASSERT_EQ(r.document.root.children.size(), 2u);
-    EXPECT_EQ(r.document.root.children[1].IntAt(0), 7);
-    const fbx::Record& p = r.document.root.children[0];
-    ASSERT_EQ(p.children.size(), 3u);
-    EXPECT_TRUE(p.children[2].values.empty());
-
-    const fbx::Record& s = p.children[0];
-    ASSERT_EQ(s.values.size(), 9u);
-    EXPECT_EQ(s.values[0].Type(), fbx::ValueType::Bool);
-    EXPECT_EQ(s.IntAt(0), 1);
-    EXPECT_EQ(s.values[1].Type(), fbx::ValueType::Int16);
-    EXPECT_EQ(s.IntAt(1), -12345);
-    EXPECT_EQ(s.values[2].Type(), fbx::ValueType::Int32);
-    EXPECT_EQ(s.IntAt(2), -2000000000);
-    EXPECT_EQ(s.values[3].Type(), fbx::ValueType::Int64);
-    EXPECT_EQ(s.IntAt(3), 1907292236800);
-    EXPECT_EQ(s.values[4].Type(), fbx::ValueType::Float32);
-    EXPECT_EQ(s.DoubleAt(4), 1.5);
-    EXPECT_EQ(s.values[5].Type(), fbx::ValueType::Float64);
-    EXPECT_EQ(s.DoubleAt(5), -0.1);
-    EXPECT_EQ(s.TextAt(6), std::string("pCube1\0\1Model", 13));
-    EXPECT_EQ(s.values[7].Type(), fbx::ValueType::Raw);
-    EXPECT_EQ(s.TextAt(7), std::string("\x89PNG\0\x01", 6));
-    EXPECT_EQ(s.values[8].Type(), fbx::ValueType::Word);
-    EXPECT_EQ(s.TextAt(8), "Y");
-
-    const fbx::Record& a = p.children[1];
-    ASSERT_EQ(a.values.size(), 6u);
-    ASSERT_NE(a.values[0].Int32s(), nullptr);
-    EXPECT_EQ(a.values[0].Count(), 3u);
-    EXPECT_EQ(a.values[0].Int32s()[1], -2);
-    ASSERT_NE(a.values[1].Int64s(), nullptr);
-    EXPECT_EQ(a.values[1].Int64s()[0], 1LL << 40);
-    EXPECT_EQ(a.values[1].Int64s()[1], -5);
-    ASSERT_NE(a.values[2].Float32s(), nullptr);
-    EXPECT_EQ(a.values[2].Float32s()[1], -8.0f);
-    ASSERT_NE(a.values[3].Float64s(), nullptr);
-    ASSERT_EQ(a.values[3].Count(), 1000u);
-    EXPECT_EQ(a.values[3].Float64s()[999], 2.5);
-    ASSERT_NE(a.values[4].Bools(), nullptr);
-    EXPECT_EQ(a.values[4].IntAt(0), 1);
-    EXPECT_EQ(a.values[4].IntAt(1), 0);
-    EXPECT_EQ(a.values[5].Count(), 0u);
-    EXPECT_TRUE(a.values[5].IsArray());
+Record Rec(std::string name, std::vector<Value> values = {}, std::vector<Record> children = {}) {
+    return Record{std::move(name), std::move(values), std::move(children)};
+}
+Value Text(const std::string& text, ValueType type = ValueType::String) {
+    return Value::MakeText(text, type);
 }
 
-INSTANTIATE_TEST_SUITE_P(HeadersAndByteOrders, BinaryLayouts,
-                         ::testing::Combine(::testing::Values(6100u, 7400u, 7500u, 7700u),
-                                            ::testing::Bool()));
-
-fbx::Record ParseOne(const Node& node, std::uint32_t version = 7400) {
-    const std::vector<std::uint8_t> file = BinaryBuilder(version).Build({node});
-    fbx::ParseResult r = fbx::ParseBinary(file.data(), file.size());
-    EXPECT_TRUE(r.ok) << r.error;
-    return r.ok && !r.document.root.children.empty() ? r.document.root.children[0] : fbx::Record{};
+Document Sample(std::uint32_t version, bool binary) {
+    std::vector<double> vertices;
+    std::vector<std::int32_t> indices;
+    for (int i = 0; i < 300; ++i) {
+        vertices.push_back(std::sin(i * 0.37) * 1000.0 / 3.0);
+        indices.push_back(i % 4 == 3 ? ~(i % 97) : i % 97);
+    }
+    const Value id = Value::MakeInt(1234567890123LL);
+    Document doc;
+    doc.version = version;
+    doc.root.children = {
+        Rec("References"),
+        Rec("Objects", {},
+            {Rec("Geometry", {id, Text(ObjectName("Geometry", "pCube1", binary)), Text("Mesh")},
+                 {Rec("Vertices", {Value::MakeArray(vertices)}),
+                  Rec("PolygonVertexIndex", {Value::MakeArray(indices)}),
+                  Rec("Small", {Value::MakeArray(std::vector<float>{0.5f, -1.25f, 3.0e-7f, 0.8f})}),
+                  Rec("Ids", {Value::MakeArray(std::vector<std::int64_t>{1, -2, 1LL << 40})}),
+                  Rec("Flags", {Value::MakeArray(std::vector<std::uint8_t>{1, 0, 1})}),
+                  Rec("Empty", {Value::MakeArray(std::vector<double>{})}),
+                  Rec("Exact", {Value::MakeArray(
+                                   std::vector<double>{0.1, 1.0 / 3.0, 1e-300, 123456789.123456789,
+                                                       5e-324, 1.7976931348623157e308, -42.0})})}),
+             Rec("P",
+                 {Text("Lcl Translation"), Text("Lcl Translation"), Text(""), Text("A"),
+                  Value::MakeFloat(0.1), Value::MakeFloat(-2.5e-300), Value::MakeFloat(1.0 / 3.0)}),
+             Rec("P", {Text("Quoted \"name\""), Text("KString"), Text(""), Text(""),
+                       Text("C:\\path\\file.png")}),
+             Rec("Scalars", {Value::MakeInt(-7, ValueType::Int16),
+                             Value::MakeInt(-2147483648, ValueType::Int32),
+                             Value::MakeInt(std::numeric_limits<std::int64_t>::max()),
+                             Value::MakeFloat(0.8f, ValueType::Float32)}),
+             Rec("Big", {Value::MakeInt(-9007199254740993LL), Value::MakeFloat(6.02214076e23)}),
+             Rec("Content", {Text(binary ? std::string("\x89PNG\0\x01", 6) : "PNG", ValueType::Raw),
+                             Value::MakeBool(true), Text("Y", ValueType::Word)})}),
+        Rec("Connections", {}, {Rec("C", {Text("OO"), id, Value::MakeInt(0)})})};
+    return doc;
 }
 
+struct Case {
+    std::uint32_t version;
+    bool binary;
+    bool bigEndian;
+    bool compress;
+};
+
+class EncodedTrees : public ::testing::TestWithParam<Case> {};
+
+TEST_P(EncodedTrees, ReadBackAsTheSameTree) {
+    const Case c = GetParam();
+    const Document doc = Sample(c.version, c.binary);
+    ParseResult parsed;
+    if (c.binary) {
+        BinaryWriteOptions options;
+        options.bigEndian = c.bigEndian;
+        options.compress = c.compress;
+        const std::vector<std::uint8_t> bytes = WriteBinary(doc, options);
+        ASSERT_TRUE(IsBinaryFbx(bytes.data(), bytes.size()));
+        // Real files end with this magic, padded to 16 bytes after the version.
+        const std::uint8_t magic[16] = {0xf8, 0x5a, 0x8c, 0x6a, 0xde, 0xf5, 0xd9, 0x7e,
+                                        0xec, 0xe9, 0x0c, 0xe3, 0x75, 0x8f, 0x29, 0x0b};
+        EXPECT_EQ(0, std::memcmp(bytes.data() + bytes.size() - 16, magic, 16));
+        EXPECT_EQ(0u, (bytes.size() - 144) % 16);
+        parsed = ParseBuffer(bytes.data(), bytes.size());
+    } else {
+        const std::string text = WriteAscii(doc);
+        const std::string comment = c.version < 7000 ? "; FBX 6.1.0 " : "; FBX 7.5.0 ";
+        EXPECT_EQ(0u, text.rfind(comment + "project file\n", 0));
+        EXPECT_EQ(c.version >= 7000, text.find("Vertices: *300 {") != std::string::npos);
+        EXPECT_NE(std::string::npos, text.find("\"Geometry::pCube1\""));
+        EXPECT_NE(std::string::npos, text.find("Quoted &quot;name&quot;"));
+        parsed = fbxtest::ParseText(text);
+    }
+    ASSERT_TRUE(parsed.ok) << parsed.error;
+    EXPECT_EQ(c.binary, parsed.document.binary);
+    EXPECT_EQ(c.bigEndian, parsed.document.bigEndian);
+    EXPECT_EQ(c.version, parsed.document.version);
+    EXPECT_EQ(TreeText(doc.root, false), TreeText(parsed.document.root, false));
+    // From 7000 on, binary files keep every value's type too.
+    if (c.binary && c.version >= 7000) {
+        EXPECT_EQ(TreeText(doc.root), TreeText(parsed.document.root));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    AllEncodings, EncodedTrees,
+    ::testing::Values(Case{7400, true, false, false}, Case{7400, true, true, true},
+                      Case{7500, true, false, false}, Case{7500, true, false, true},
+                      Case{7700, true, true, true}, Case{7100, true, true, false},
+                      Case{6100, true, false, true}, Case{7500, false, false, false},
+                      Case{6100, false, false, false}));
+
+// The encoder compresses large arrays only and refuses names too long for the format; the
+// parser needs the whole header.
+TEST(Encoders, CompressOnlyLargeArraysRefuseLongNamesNeedWholeHeaders) {
+    BinaryWriteOptions raw;
+    raw.compress = false;
+    EXPECT_LT(WriteBinary(Sample(7500, true)).size(), WriteBinary(Sample(7500, true), raw).size());
+    Document small;
+    small.root.children = {Rec("A", {Value::MakeArray(std::vector<std::int32_t>{1, 2})})};
+    const std::vector<std::uint8_t> file = WriteBinary(small);
+    EXPECT_EQ(file.size(), WriteBinary(small, raw).size());
+    EXPECT_TRUE(LooksLikeFbx(file.data(), file.size()));
+    EXPECT_FALSE(IsBinaryFbx(file.data(), 20) || IsBinaryFbx(nullptr, 0));
+    const ParseResult r = ParseBuffer(file.data(), 24);
+    EXPECT_NE(r.ok ? std::string::npos : r.error.find("header"), std::string::npos) << r.error;
+    small.root.children = {Rec(std::string(300, 'x'))};
+    EXPECT_THROW(WriteBinary(small), WriteError);
+}
+
+// Plain scalar lists as older files write them: more than four numbers become one array of
+// the widest type present, unless a text is among them.
 TEST(BinaryPacking, LongScalarListsBecomeOneArray) {
-    BinaryBuilder b(6100);
-    Node doubles{"Vertices"};
-    for (int i = 0; i < 3000; ++i)
-        b.Float64(doubles, i * 0.5);
-    fbx::Record r = ParseOne(doubles);
-    ASSERT_EQ(r.values.size(), 1u);
-    EXPECT_EQ(r.values[0].Type(), fbx::ValueType::Float64Array);
-    EXPECT_EQ(r.NumberCount(), 3000u);
-    EXPECT_EQ(r.values[0].DoubleAt(2999), 1499.5);
-
-    Node ints{"PolygonVertexIndex"};
-    for (int i = 0; i < 6; ++i)
-        b.Int32(ints, -i);
-    b.Int16(ints, 9);
-    b.Bool(ints, true);
-    r = ParseOne(ints);
-    ASSERT_EQ(r.values.size(), 1u);
-    EXPECT_EQ(r.values[0].Type(), fbx::ValueType::Int32Array);
-    EXPECT_EQ(r.Ints(), (std::vector<std::int64_t>{0, -1, -2, -3, -4, -5, 9, 1}));
-
-    Node wide{"KeyTime"};
-    for (int i = 0; i < 5; ++i)
-        b.Int32(wide, i);
-    b.Int64(wide, 46186158000);
-    r = ParseOne(wide);
-    ASSERT_EQ(r.values.size(), 1u);
-    EXPECT_EQ(r.values[0].Type(), fbx::ValueType::Int64Array);
-    EXPECT_EQ(r.values[0].IntAt(5), 46186158000);
-
-    Node mixed{"Mixed"};
-    for (int i = 0; i < 5; ++i)
-        b.Int32(mixed, i);
-    b.Float32(mixed, 0.5f);
-    r = ParseOne(mixed);
-    ASSERT_EQ(r.values.size(), 1u);
-    EXPECT_EQ(r.values[0].Type(), fbx::ValueType::Float64Array);
-    EXPECT_EQ(r.values[0].DoubleAt(5), 0.5);
-}
-
-TEST(BinaryPacking, ShortListsAndListsWithTextsStayScalars) {
-    BinaryBuilder b(6100);
-    Node color{"Color"};
-    for (int i = 0; i < 4; ++i)
-        b.Float64(color, 1.0);
-    EXPECT_EQ(ParseOne(color).values.size(), 4u);
-
-    Node property{"Property"};
-    b.String(property, "Lcl Translation");
-    for (int i = 0; i < 6; ++i)
-        b.Float64(property, i);
-    EXPECT_EQ(ParseOne(property).values.size(), 7u);
-
-    Node key{"Key"};
-    b.Int64(key, 0);
-    b.Float64(key, 1.0);
-    b.Char(key, 'U');
-    b.Char(key, 's');
-    b.Float64(key, 0.0);
-    b.Float64(key, 0.0);
-    const fbx::Record r = ParseOne(key);
-    ASSERT_EQ(r.values.size(), 6u);
-    EXPECT_EQ(r.TextAt(2), "U");
-    EXPECT_EQ(r.TextAt(3), "s");
-}
-
-TEST(BinaryHeader, DetectionAndShortHeaders) {
-    const std::vector<std::uint8_t> file = BinaryBuilder(7400).Build({Node{"A"}});
-    EXPECT_TRUE(fbx::IsBinaryFbx(file.data(), file.size()));
-    EXPECT_TRUE(fbx::LooksLikeFbx(file.data(), file.size()));
-    EXPECT_FALSE(fbx::IsBinaryFbx(file.data(), 20));
-    EXPECT_FALSE(fbx::IsBinaryFbx(nullptr, 0));
-    const fbx::ParseResult r = fbx::ParseBuffer(file.data(), 24);
-    EXPECT_FALSE(r.ok);
-    EXPECT_NE(r.error.find("header"), std::string::npos) << r.error;
+    auto i = [](int v) { return Value::MakeInt(v, ValueType::Int32); };
+    const Value letter = Text("U", ValueType::Word), half = Value::MakeFloat(0.5);
+    Document doc;
+    doc.version = 6100;
+    doc.root.children = {
+        Rec("PolygonVertexIndex", {i(0), i(-1), i(-2), i(-3), i(-4), i(-5),
+                                   Value::MakeInt(9, ValueType::Int16), Value::MakeBool(true)}),
+        Rec("KeyTime", {i(0), i(1), i(2), i(3), i(4), Value::MakeInt(46186158000LL)}),
+        Rec("Mixed", {i(0), i(1), i(2), i(3), i(4), Value::MakeFloat(0.5, ValueType::Float32)}),
+        Rec("Color", {half, half, half, half}),
+        Rec("Property", {Text("Lcl Translation"), i(1), i(2), i(3), i(4), i(5), i(6)}),
+        Rec("Key", {Value::MakeInt(0), half, letter, Text("s", ValueType::Word), half, half})};
+    const std::vector<std::uint8_t> file = WriteBinary(doc);
+    const ParseResult r = ParseBinary(file.data(), file.size());
+    ASSERT_TRUE(r.ok) << r.error;
+    EXPECT_EQ(TreeText(r.document.root), R"(PolygonVertexIndex: i[0,-1,-2,-3,-4,-5,9,1]
+KeyTime: l[0,1,2,3,4,46186158000]
+Mixed: d[0,1,2,3,4,0.5]
+Color: D0.5, D0.5, D0.5, D0.5
+Property: S"Lcl Translation", I1, I2, I3, I4, I5, I6
+Key: L0, D0.5, W"U", W"s", D0.5, D0.5
+)");
 }
 
 }  // namespace
+}  // namespace fbx

@@ -1,8 +1,12 @@
-// Scene content read from corpus files, checked against what their ASCII text states.
+// Scene content read from corpus files, checked against what their ASCII text states: texts
+// their summaries must hold (node tree and attribute types, mesh counts and bounds, layer
+// elements, skin clusters, materials and textures), and values the summary does not show.
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <cmath>
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "scene_support.h"
 
@@ -11,266 +15,166 @@ using scenetest::Imported;
 
 namespace {
 
-class CubeFiles : public ::testing::TestWithParam<const char*> {};
+using Names = std::vector<std::string>;
+using Ints = std::vector<int>;
+using Doubles = std::vector<double>;
 
-TEST_P(CubeFiles, CubeHasEightCornersAndSixQuads) {
-    Imported file(Fbx(GetParam()));
-    ASSERT_TRUE(file.imported) << file.importer->GetLastErrorString();
-    KFbxNode* root = file.scene->GetRootNode();
-    ASSERT_EQ(root->GetChildCount(), 1);
-    KFbxNode* cube = root->GetChild(0);
-    EXPECT_STREQ(cube->GetName(), "pCube1");
-    ASSERT_NE(cube->GetNodeAttribute(), nullptr);
-    EXPECT_EQ(cube->GetNodeAttribute()->GetAttributeType(), KFbxNodeAttribute::eMESH);
+// Names of the UV (or colour) sets of pCube1's layers, in layer order.
+template <class Get>
+Names SetNames(const Imported& file, Get get) {
+    Names names;
+    KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
+    for (int l = 0; l < mesh->GetLayerCount(); ++l)
+        names.push_back(get(mesh->GetLayer(l))->GetName());
+    return names;
+}
+
+struct Case {
+    std::vector<const char*> files;
+    std::vector<const char*> texts;
+    std::function<void(const Imported&)> check;
+};
+
+void CheckCube(const Imported& file) {
+    ASSERT_EQ(file.scene->GetRootNode()->GetChildCount(), 1);
+    KFbxNode* cube = file.scene->GetRootNode()->GetChild(0);
     KFbxMesh* mesh = cube->GetMesh();
-    ASSERT_NE(mesh, nullptr);
-    ASSERT_EQ(mesh->GetControlPointsCount(), 8);
+    ASSERT_TRUE(mesh && mesh->GetControlPointsCount() == 8 && mesh->GetPolygonCount() == 6);
     // Vertices: -0.5,-0.5,0.5, 0.5,-0.5,0.5, ... , 0.5,-0.5,-0.5
-    EXPECT_DOUBLE_EQ(mesh->GetControlPoints()[0][0], -0.5);
-    EXPECT_DOUBLE_EQ(mesh->GetControlPoints()[0][2], 0.5);
-    EXPECT_DOUBLE_EQ(mesh->GetControlPoints()[7][0], 0.5);
-    EXPECT_DOUBLE_EQ(mesh->GetControlPoints()[7][2], -0.5);
-    EXPECT_DOUBLE_EQ(mesh->GetControlPoints()[7][3], 1.0);
-    ASSERT_EQ(mesh->GetPolygonCount(), 6);
-    // PolygonVertexIndex: 0,1,3,-3, 2,3,5,-5, ...
-    EXPECT_EQ(mesh->GetPolygonSize(0), 4);
-    EXPECT_EQ(mesh->GetPolygonVertex(0, 0), 0);
-    EXPECT_EQ(mesh->GetPolygonVertex(0, 2), 3);
-    EXPECT_EQ(mesh->GetPolygonVertex(0, 3), 2);
-    EXPECT_EQ(mesh->GetPolygonVertex(1, 3), 4);
-    EXPECT_EQ(mesh->GetPolygonSize(6), -1);
-    EXPECT_EQ(mesh->GetPolygonVertex(0, 4), -1);
-    EXPECT_EQ(mesh->GetPolygonVertex(-1, 0), -1);
-    // UVIndex: 0,1,3,2,...
-    EXPECT_EQ(mesh->GetTextureUVIndex(0, 2), 3);
-    ASSERT_GE(mesh->GetLayerCount(), 1);
-    KFbxLayerElementNormal* normals = mesh->GetLayer(0)->GetNormals();
-    ASSERT_NE(normals, nullptr);
-    EXPECT_EQ(normals->GetMappingMode(), KFbxLayerElement::eBY_POLYGON_VERTEX);
-    EXPECT_EQ(normals->GetReferenceMode(), KFbxLayerElement::eDIRECT);
-    EXPECT_EQ(normals->GetDirectArray().GetCount(), 24);
-    EXPECT_DOUBLE_EQ(normals->GetDirectArray().GetAt(0)[2], 1.0);
-    EXPECT_DOUBLE_EQ(normals->GetDirectArray().GetAt(0)[3], 1.0);
-    EXPECT_DOUBLE_EQ(normals->GetDirectArray().GetAt(1000)[0], 0.0);
-    EXPECT_EQ(mesh->GetLayer(0)->GetVertexColors(), nullptr);
-    EXPECT_EQ(mesh->GetLayer(5), nullptr);
-    ASSERT_EQ(cube->GetMaterialCount(), 1);
-    EXPECT_STREQ(cube->GetMaterial(0)->GetName(), "lambert1");
-    EXPECT_EQ(cube->GetMaterial(1), nullptr);
+    const KFbxVector4* points = mesh->GetControlPoints();
+    EXPECT_EQ((Doubles{points[0][0], points[0][2], points[7][0], points[7][2], points[7][3]}),
+              (Doubles{-0.5, 0.5, 0.5, -0.5, 1.0}));
+    // PolygonVertexIndex: 0,1,3,-3, 2,3,5,-5, ...; UVIndex: 0,1,3,2,...; out of range: -1.
+    EXPECT_EQ(
+        (Ints{mesh->GetPolygonSize(0), mesh->GetPolygonVertex(0, 0), mesh->GetPolygonVertex(0, 2),
+              mesh->GetPolygonVertex(0, 3), mesh->GetPolygonVertex(1, 3),
+              mesh->GetTextureUVIndex(0, 2), mesh->GetPolygonSize(6), mesh->GetPolygonVertex(0, 4),
+              mesh->GetPolygonVertex(-1, 0)}),
+        (Ints{4, 0, 3, 2, 4, 3, -1, -1, -1}));
+    const auto& normals = mesh->GetLayer(0)->GetNormals()->GetDirectArray();
+    EXPECT_EQ((Doubles{normals.GetAt(0)[2], normals.GetAt(0)[3], normals.GetAt(1000)[0]}),
+              (Doubles{1, 1, 0}));
+    EXPECT_TRUE(!mesh->GetLayer(0)->GetVertexColors() && !mesh->GetLayer(5) &&
+                !cube->GetMaterial(1));
 }
 
-INSTANTIATE_TEST_SUITE_P(AllLayouts, CubeFiles,
-                         ::testing::Values("maya_cube_6100_ascii.fbx", "maya_cube_6100_binary.fbx",
-                                           "maya_cube_7400_ascii.fbx", "maya_cube_7500_binary.fbx",
-                                           "maya_cube_big_endian_7100_binary.fbx"));
-
-TEST(SceneContent, PolygonHolesAreALayerElement) {
-    for (const char* name :
-         {"maya_polygon_hole_6100_ascii.fbx", "maya_polygon_hole_7700_binary.fbx"}) {
-        Imported file(Fbx(name));
-        ASSERT_TRUE(file.imported) << name;
-        KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
-        ASSERT_NE(mesh, nullptr);
-        EXPECT_EQ(mesh->GetPolygonCount(), 6) << name;
-        KFbxLayerElementHole* holes = mesh->GetLayer(0)->GetHoles();
-        ASSERT_NE(holes, nullptr) << name;
-        EXPECT_EQ(holes->GetMappingMode(), KFbxLayerElement::eBY_POLYGON);
+TEST(SceneContent, CorpusFilesHoldWhatTheirTextStates) {
+    const Case cases[] = {
+        {{"maya_cube_6100_ascii.fbx", "maya_cube_6100_binary.fbx", "maya_cube_7400_ascii.fbx",
+          "maya_cube_7500_binary.fbx", "maya_cube_big_endian_7100_binary.fbx"},
+         {"\nnode \"pCube1\" mesh T (0.0000, 0.0000, 0.0000)",
+          "S (1.0000, 1.0000, 1.0000) material \"lambert1\"\nmesh \"pCube1\" polygons 6 corners "
+          "24 points 8 layers 1\n  bounds (-0.5000, -0.5000, -0.5000) (0.5000, 0.5000, 0.5000)\n"
+          "  sizes 4:6\n",
+          "\n    normals by-polygon-vertex direct direct 24 index 0\n",
+          "\nmaterial \"lambert1\" KFbxSurfaceLambert ambient (0.0000, 0.0000, 0.0000) diffuse "
+          "(0.5000, 0.5000, 0.5000)"},
+         CheckCube},
         // Hole: 0,1,0,1,0,0
-        ASSERT_EQ(holes->GetDirectArray().GetCount(), 6);
-        EXPECT_FALSE(holes->GetDirectArray().GetAt(0));
-        EXPECT_TRUE(holes->GetDirectArray().GetAt(1));
-        EXPECT_TRUE(holes->GetDirectArray().GetAt(3));
-    }
-}
-
-TEST(SceneContent, NgonsKeepAllTheirCorners) {
-    Imported file(Fbx("maya_ngon_maze_7700_binary.fbx"));
-    ASSERT_TRUE(file.imported);
-    KFbxMesh* mesh = nullptr;
-    for (int i = 0; i < file.scene->GetNodeCount() && !mesh; ++i)
-        mesh = file.scene->GetNode(i)->GetMesh();
-    ASSERT_NE(mesh, nullptr);
-    int corners = 0;
-    int largest = 0;
-    for (int p = 0; p < mesh->GetPolygonCount(); ++p) {
-        corners += mesh->GetPolygonSize(p);
-        largest = std::max(largest, mesh->GetPolygonSize(p));
-        for (int k = 0; k < mesh->GetPolygonSize(p); ++k) {
-            int v = mesh->GetPolygonVertex(p, k);
-            ASSERT_GE(v, 0);
-            ASSERT_LT(v, mesh->GetControlPointsCount());
+        {{"maya_polygon_hole_6100_ascii.fbx", "maya_polygon_hole_7700_binary.fbx"},
+         {"\n    holes by-polygon direct direct 6 index 0\n    hole polygons 2\n"},
+         [](const Imported& file) {
+             const auto& holes = file.Find("pCube1")->GetMesh()->GetLayer(0)->GetHoles();
+             EXPECT_EQ((Ints{holes->GetDirectArray().GetAt(0), holes->GetDirectArray().GetAt(1),
+                             holes->GetDirectArray().GetAt(3)}),
+                       (Ints{0, 1, 1}));
+         }},
+        // Colors: 0,0,1,1, 1,0,1,1, ...
+        {{"maya_color_sets_6100_ascii.fbx"},
+         {"layers 4\n",
+          "\n  layer 3\n    colors by-polygon-vertex index-to-direct direct 24 index 24"},
+         [](const Imported& file) {
+             KFbxLayer* layer = file.Find("pCube1")->GetMesh()->GetLayer(0);
+             const KFbxColor c = layer->GetVertexColors()->GetDirectArray().GetAt(1);
+             EXPECT_EQ((Doubles{c.mRed, c.mGreen, c.mBlue, c.mAlpha}), (Doubles{1, 0, 1, 1}));
+             EXPECT_EQ(SetNames(file, [](KFbxLayer* l) { return l->GetVertexColors(); }),
+                       (Names{"RGBCube", "White", "Black", "Alpha"}));
+         }},
+        {{"maya_uv_sets_7500_ascii.fbx"},
+         {"layers 3\n", "\n    uvs by-polygon-vertex index-to-direct direct 24 index 24\n"},
+         [](const Imported& file) {
+             EXPECT_EQ(SetNames(file, [](KFbxLayer* l) { return l->GetUVs(); }),
+                       (Names{"Default", "PerFace", "Row"}));
+         }},
+        {{"maya_ngon_maze_7700_binary.fbx"},
+         {"\nmesh \"Grid\" polygons 789 corners 42714 points 39204 layers 1\n",
+          "\n  sizes 4:505 6:254 10:8 14:1 ", " 25122:1\n",
+          "\n    materials by-polygon index-to-direct direct 4 index 789\n"},
+         nullptr},
+        {{"maya_transformed_skin_6100_ascii.fbx", "maya_transformed_skin_7700_binary.fbx"},
+         {"\nnode \"joint1\" skeleton T (4.0000, 0.0000, 0.0000)",
+          "\n  node \"joint2\" skeleton T (2.0000, 0.0000, 0.0000) R (0.0000, 0.0000, 45.0000)",
+          "\n    node \"joint3\" skeleton", "\n  skin 0 clusters 3\n",
+          "\n    cluster 0 link \"joint1\" indices 20 weight-sum 9.9146 link-translation (4.0000, "
+          "-2.0000, 0.0000)\n",
+          "\n    cluster 2 link \"joint3\" indices 16 "},
+         [](const Imported& file) {
+             KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
+             auto* skin = static_cast<KFbxSkin*>(mesh->GetDeformer(0, KFbxDeformer::eSKIN));
+             ASSERT_TRUE(skin && skin->GetClusterCount() == 3 && !skin->GetCluster(3));
+             KFbxCluster* first = skin->GetCluster(0);
+             EXPECT_EQ(
+                 (Doubles{static_cast<double>(first->GetControlPointIndices()[19]),
+                          static_cast<double>(skin->GetCluster(2)->GetControlPointIndices()[0]),
+                          std::round(first->GetControlPointWeights()[0] * 1e6)}),
+                 (Doubles{19, 2, 986910}));
+         }},
+        // Shininess is not on the object: it comes from the FbxSurfacePhong template (20).
+        {{"maya_textured_cube_7500_ascii.fbx"},
+         {"material \"phong1\"\n",
+          "\nmaterial \"phong1\" KFbxSurfacePhong ambient (0.5000, 0.5000, 0.5000) diffuse "
+          "(1.0000, 1.0000, 1.0000) emissive (0.5000, 0.5000, 0.5000) transparency 1.0000 "
+          "specular (0.5000, 0.5000, 0.5000) shininess 20.0000 ",
+          "\n  texture DiffuseColor \"file1\" file \"",
+          "checkerboard_diffuse.png\" relative \"textures\\checkerboard_diffuse.png\" scale 1.0000 "
+          "1.0000 translation 0.0000 0.0000 rotation (0.0000, 0.0000, 0.0000) alpha 1.0000\n"},
+         [](const Imported& file) {
+             KFbxSurfaceMaterial* material = file.Find("pCube1")->GetMaterial(0);
+             EXPECT_TRUE(material->GetClassId().Is(KFbxSurfaceLambert::ClassId));
+             EXPECT_FALSE(material->FindProperty("NoSuchProperty").IsValid());
+             KFbxProperty diffuse = material->FindProperty("DiffuseColor");
+             ASSERT_EQ(diffuse.GetSrcObjectCount(KFbxTexture::ClassId), 1);
+             EXPECT_STREQ(diffuse.GetSrcObject(KFbxTexture::ClassId, 0)->GetName(), "file1");
+         }},
+        // Connect: Material::Special then Material::Shared to A; Shared to B.
+        {{"maya_shared_textures_6100_ascii.fbx"},
+         {"S (1.0000, 1.0000, 1.0000) material \"Special\" material \"Shared\"\n",
+          "\nmaterial \"Special\" KFbxSurfacePhong ", "\n  texture DiffuseColor \"file10\" file ",
+          "\nmaterial \"Shared\" KFbxSurfaceLambert ", "\n  texture DiffuseColor \"file1\" file "},
+         [](const Imported& file) {
+             ASSERT_TRUE(file.Find("A") && file.Find("B"));
+             EXPECT_EQ(file.Find("B")->GetMaterial(0), file.Find("A")->GetMaterial(1));
+         }},
+        // Texture::file3, file2, file1 connect to the layered texture in that order, with
+        // BlendModes: x,4,1.
+        {{"maya_texture_layers_6100_ascii.fbx", "maya_texture_layers_7500_ascii.fbx"},
+         {"\n  layered DiffuseColor \"layeredTexture1\" blend ",
+          " 4 1\n    texture \"file3\" file ", "weight.png\"\n    texture \"file2\" file ",
+          "diffuse.png\"\n    texture \"file1\" file "},
+         nullptr},
+        {{"maya_node_attribute_zoo_6100_ascii.fbx", "maya_node_attribute_zoo_7500_ascii.fbx"},
+         {"\nnode \"Null\" null ", "\nnode \"Mesh\" mesh ", "\nnode \"Bone\" skeleton ",
+          "\nnode \"Camera\" camera ", "\nnode \"Light\" light ",
+          "\nnode \"NurbsCurve\" nurbs-curve ", "\nnode \"NurbsSurface\" nurbs-surface ",
+          "\nnode \"NurbsTrim\" trim-nurbs-surface ", "\nnode \"LodGroup\" lodgroup ",
+          "\n  node \"LOD_0\" null ", "\n  node \"LOD_1\" null "},
+         [](const Imported& file) {
+             EXPECT_NE(file.Find("Light")->GetNodeAttribute()->GetClassId(), KFbxMesh::ClassId);
+             EXPECT_EQ(file.Find("Light")->GetMesh(), nullptr);
+             EXPECT_EQ(file.Find("LOD_1")->GetParent(), file.Find("LodGroup"));
+         }},
+    };
+    for (const Case& c : cases) {
+        for (const char* name : c.files) {
+            SCOPED_TRACE(name);
+            Imported file(Fbx(name));
+            ASSERT_TRUE(file.imported) << file.importer->GetLastErrorString();
+            const std::string summary = file.Summary();
+            for (const char* text : c.texts)
+                EXPECT_NE(summary.find(text), std::string::npos) << text;
+            if (c.check)
+                c.check(file);
         }
-    }
-    EXPECT_EQ(corners, mesh->GetPolygonVertexCount());
-    EXPECT_GT(largest, 4);
-}
-
-TEST(SceneContent, UvSetsSitInSeparateLayers) {
-    Imported file(Fbx("maya_uv_sets_7500_ascii.fbx"));
-    ASSERT_TRUE(file.imported);
-    KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
-    ASSERT_EQ(mesh->GetLayerCount(), 3);
-    const char* names[3] = {"Default", "PerFace", "Row"};
-    for (int l = 0; l < 3; ++l) {
-        KFbxLayerElementUV* uvs = mesh->GetLayer(l)->GetUVs();
-        ASSERT_NE(uvs, nullptr) << l;
-        EXPECT_STREQ(uvs->GetName(), names[l]);
-        EXPECT_EQ(uvs->GetMappingMode(), KFbxLayerElement::eBY_POLYGON_VERTEX);
-        EXPECT_EQ(uvs->GetReferenceMode(), KFbxLayerElement::eINDEX_TO_DIRECT);
-        EXPECT_EQ(uvs->GetIndexArray().GetCount(), 24);
-    }
-}
-
-TEST(SceneContent, ColourSetsGiveRgbaColours) {
-    Imported file(Fbx("maya_color_sets_6100_ascii.fbx"));
-    ASSERT_TRUE(file.imported);
-    KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
-    ASSERT_GE(mesh->GetLayerCount(), 4);
-    KFbxLayerElementVertexColor* rgb = mesh->GetLayer(0)->GetVertexColors();
-    ASSERT_NE(rgb, nullptr);
-    EXPECT_STREQ(rgb->GetName(), "RGBCube");
-    EXPECT_EQ(rgb->GetMappingMode(), KFbxLayerElement::eBY_POLYGON_VERTEX);
-    EXPECT_EQ(rgb->GetReferenceMode(), KFbxLayerElement::eINDEX_TO_DIRECT);
-    ASSERT_EQ(rgb->GetDirectArray().GetCount(), 24);
-    // Colors: 0,0,1,1, 1,0,1,1, ...
-    KFbxColor second = rgb->GetDirectArray().GetAt(1);
-    EXPECT_DOUBLE_EQ(second.mRed, 1.0);
-    EXPECT_DOUBLE_EQ(second.mGreen, 0.0);
-    EXPECT_DOUBLE_EQ(second.mBlue, 1.0);
-    EXPECT_DOUBLE_EQ(second.mAlpha, 1.0);
-    EXPECT_STREQ(mesh->GetLayer(1)->GetVertexColors()->GetName(), "White");
-    EXPECT_STREQ(mesh->GetLayer(2)->GetVertexColors()->GetName(), "Black");
-}
-
-TEST(SceneContent, PhongMaterialColoursAndTemplateDefaults) {
-    Imported file(Fbx("maya_textured_cube_7500_ascii.fbx"));
-    ASSERT_TRUE(file.imported);
-    KFbxNode* cube = file.Find("pCube1");
-    ASSERT_EQ(cube->GetMaterialCount(), 1);
-    KFbxSurfaceMaterial* material = cube->GetMaterial(0);
-    EXPECT_STREQ(material->GetName(), "phong1");
-    EXPECT_TRUE(material->GetClassId().Is(KFbxSurfacePhong::ClassId));
-    EXPECT_TRUE(material->GetClassId().Is(KFbxSurfaceLambert::ClassId));
-    fbxDouble3 ambient = material->FindProperty("AmbientColor").Get<fbxDouble3>();
-    EXPECT_DOUBLE_EQ(ambient[0], 0.5);
-    EXPECT_DOUBLE_EQ(material->FindProperty("DiffuseColor").Get<fbxDouble3>()[1], 1.0);
-    EXPECT_DOUBLE_EQ(material->FindProperty("TransparencyFactor").Get<double>(), 1.0);
-    EXPECT_DOUBLE_EQ(material->FindProperty("SpecularColor").Get<fbxDouble3>()[2], 0.5);
-    // Not on the object: from the FbxSurfacePhong template (20).
-    EXPECT_DOUBLE_EQ(material->FindProperty("ShininessExponent").Get<double>(), 20.0);
-    EXPECT_FALSE(material->FindProperty("NoSuchProperty").IsValid());
-
-    KFbxProperty diffuse = material->FindProperty("DiffuseColor");
-    ASSERT_EQ(diffuse.GetSrcObjectCount(KFbxTexture::ClassId), 1);
-    EXPECT_EQ(diffuse.GetSrcObjectCount(KFbxLayeredTexture::ClassId), 0);
-    auto* texture = static_cast<KFbxTexture*>(diffuse.GetSrcObject(KFbxTexture::ClassId, 0));
-    EXPECT_STREQ(texture->GetRelativeFileName(), "textures\\checkerboard_diffuse.png");
-    EXPECT_NE(std::strstr(texture->GetFileName(), "checkerboard_diffuse.png"), nullptr);
-    EXPECT_DOUBLE_EQ(texture->GetScaleU(), 1.0);
-    EXPECT_DOUBLE_EQ(texture->GetDefaultAlpha(), 1.0);
-    EXPECT_EQ(diffuse.GetSrcObject(KFbxTexture::ClassId, 1), nullptr);
-}
-
-TEST(SceneContent, OlderFilesTieTexturesToTheDiffuseColour) {
-    Imported file(Fbx("maya_shared_textures_6100_ascii.fbx"));
-    ASSERT_TRUE(file.imported);
-    KFbxNode* a = file.Find("A");
-    KFbxNode* b = file.Find("B");
-    ASSERT_TRUE(a && b);
-    // Connect: Material::Special then Material::Shared to A; Shared to B.
-    ASSERT_EQ(a->GetMaterialCount(), 2);
-    EXPECT_STREQ(a->GetMaterial(0)->GetName(), "Special");
-    EXPECT_TRUE(a->GetMaterial(0)->Is(KFbxSurfacePhong::ClassId));
-    EXPECT_STREQ(a->GetMaterial(1)->GetName(), "Shared");
-    EXPECT_FALSE(a->GetMaterial(1)->Is(KFbxSurfacePhong::ClassId));
-    ASSERT_EQ(b->GetMaterialCount(), 1);
-    EXPECT_EQ(b->GetMaterial(0), a->GetMaterial(1));
-    KFbxProperty special = a->GetMaterial(0)->FindProperty("DiffuseColor");
-    ASSERT_EQ(special.GetSrcObjectCount(KFbxTexture::ClassId), 1);
-    EXPECT_STREQ(special.GetSrcObject(KFbxTexture::ClassId, 0)->GetName(), "file10");
-    KFbxProperty shared = b->GetMaterial(0)->FindProperty("DiffuseColor");
-    ASSERT_EQ(shared.GetSrcObjectCount(KFbxTexture::ClassId), 1);
-    EXPECT_STREQ(shared.GetSrcObject(KFbxTexture::ClassId, 0)->GetName(), "file1");
-}
-
-TEST(SceneContent, LayeredTexturesStackOnTheDiffuseColour) {
-    for (const char* name :
-         {"maya_texture_layers_6100_ascii.fbx", "maya_texture_layers_7500_ascii.fbx"}) {
-        Imported file(Fbx(name));
-        ASSERT_TRUE(file.imported);
-        KFbxProperty diffuse = file.Find("pCube1")->GetMaterial(0)->FindProperty("DiffuseColor");
-        ASSERT_EQ(diffuse.GetSrcObjectCount(KFbxLayeredTexture::ClassId), 1) << name;
-        auto* layered =
-            static_cast<KFbxLayeredTexture*>(diffuse.GetSrcObject(KFbxLayeredTexture::ClassId, 0));
-        EXPECT_STREQ(layered->GetName(), "layeredTexture1");
-        // Texture::file3, file2, file1 connect to the layered texture in that order.
-        ASSERT_EQ(layered->GetSrcObjectCount(KFbxTexture::ClassId), 3) << name;
-        EXPECT_STREQ(layered->GetSrcObject(KFbxTexture::ClassId, 0)->GetName(), "file3");
-        EXPECT_STREQ(layered->GetSrcObject(KFbxTexture::ClassId, 2)->GetName(), "file1");
-        KFbxLayeredTexture::EBlendMode mode = KFbxLayeredTexture::eTRANSLUCENT;
-        EXPECT_TRUE(layered->GetTextureBlendMode(1, mode));
-        EXPECT_EQ(mode, KFbxLayeredTexture::eOVER);  // BlendModes: x,4,1
-        EXPECT_FALSE(layered->GetTextureBlendMode(3, mode));
-    }
-}
-
-TEST(SceneContent, SkinClustersLinkTheirBones) {
-    for (const char* name :
-         {"maya_transformed_skin_6100_ascii.fbx", "maya_transformed_skin_7700_binary.fbx"}) {
-        Imported file(Fbx(name));
-        ASSERT_TRUE(file.imported) << name;
-        KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
-        ASSERT_EQ(mesh->GetDeformerCount(KFbxDeformer::eSKIN), 1) << name;
-        auto* skin = static_cast<KFbxSkin*>(mesh->GetDeformer(0, KFbxDeformer::eSKIN));
-        ASSERT_EQ(skin->GetClusterCount(), 3);
-        KFbxCluster* first = skin->GetCluster(0);
-        ASSERT_NE(first->GetLink(), nullptr);
-        EXPECT_STREQ(first->GetLink()->GetName(), "joint1");
-        EXPECT_EQ(first->GetControlPointIndicesCount(), 20);
-        EXPECT_EQ(first->GetControlPointIndices()[19], 19);
-        EXPECT_NEAR(first->GetControlPointWeights()[0], 0.986909676769711, 1e-6);
-        KFbxXMatrix link;
-        first->GetTransformLinkMatrix(link);
-        // TransformLink: ..., 4,-2,0,1
-        EXPECT_DOUBLE_EQ(link.Get(3, 0), 4.0);
-        EXPECT_DOUBLE_EQ(link.Get(3, 1), -2.0);
-        KFbxCluster* third = skin->GetCluster(2);
-        EXPECT_STREQ(third->GetLink()->GetName(), "joint3");
-        EXPECT_EQ(third->GetControlPointIndicesCount(), 16);
-        EXPECT_EQ(third->GetControlPointIndices()[0], 2);
-        EXPECT_EQ(skin->GetCluster(3), nullptr);
-        EXPECT_EQ(file.Find("joint1")->GetNodeAttribute()->GetAttributeType(),
-                  KFbxNodeAttribute::eSKELETON);
-        EXPECT_EQ(file.Find("joint2")->GetParent(), file.Find("joint1"));
-    }
-}
-
-TEST(SceneContent, NodeAttributeTypes) {
-    for (const char* name :
-         {"maya_node_attribute_zoo_6100_ascii.fbx", "maya_node_attribute_zoo_7500_ascii.fbx"}) {
-        Imported file(Fbx(name));
-        ASSERT_TRUE(file.imported);
-        auto type = [&](const char* node) {
-            KFbxNode* n = file.Find(node);
-            return n && n->GetNodeAttribute()
-                       ? static_cast<int>(n->GetNodeAttribute()->GetAttributeType())
-                       : -1;
-        };
-        EXPECT_EQ(type("Null"), KFbxNodeAttribute::eNULL) << name;
-        EXPECT_EQ(type("Mesh"), KFbxNodeAttribute::eMESH);
-        EXPECT_EQ(type("Bone"), KFbxNodeAttribute::eSKELETON);
-        EXPECT_EQ(type("Camera"), KFbxNodeAttribute::eCAMERA);
-        EXPECT_EQ(type("Light"), KFbxNodeAttribute::eLIGHT);
-        EXPECT_EQ(type("NurbsCurve"), KFbxNodeAttribute::eNURBS_CURVE);
-        EXPECT_EQ(type("NurbsSurface"), KFbxNodeAttribute::eNURBS_SURFACE);
-        EXPECT_EQ(type("NurbsTrim"), KFbxNodeAttribute::eTRIM_NURBS_SURFACE);
-        EXPECT_EQ(type("LodGroup"), KFbxNodeAttribute::eLODGROUP);
-        EXPECT_NE(file.Find("Light")->GetNodeAttribute()->GetClassId(), KFbxMesh::ClassId);
-        EXPECT_EQ(file.Find("Light")->GetMesh(), nullptr);
-        KFbxNode* lod = file.Find("LodGroup");
-        ASSERT_EQ(lod->GetChildCount(), 2);
-        EXPECT_STREQ(lod->GetChild(0)->GetName(), "LOD_0");
-        EXPECT_STREQ(lod->GetChild(1)->GetName(), "LOD_1");
     }
 }
 

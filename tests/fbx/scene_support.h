@@ -1,7 +1,11 @@
-// Helpers for the scene tests: import a file into a fresh manager and summarise it.
+// Helpers for the scene tests: import a file into a fresh manager and summarise it, and write
+// files of a given content.
 #pragma once
 
-#include <memory>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
 #include <string>
 
 #include "fbx/sdk/Summary.h"
@@ -18,7 +22,11 @@ struct Imported {
     bool initialized = false;
     bool imported = false;
 
-    explicit Imported(const std::string& path) {
+    explicit Imported(const std::string& path, const char* password = nullptr) {
+        if (password) {
+            options->SetOption("PASSWORD", password);
+            options->SetOption("PASSWORD ENABLE", true);
+        }
         initialized = importer->Initialize(path.c_str());
         if (initialized)
             imported = importer->Import(scene, options);
@@ -35,6 +43,24 @@ struct Imported {
         }
         return nullptr;
     }
+};
+
+// A file of the given content in the build folder, removed with the object.
+class TempFile {
+public:
+    explicit TempFile(const std::string& content)
+        : m_Path(std::string(ENGINE_BINARY_DIR) + "/fbx_test_" + std::to_string(getpid()) + "_" +
+                 std::to_string(++s_Count) + ".fbx") {
+        std::ofstream(m_Path, std::ios::binary) << content;
+    }
+    ~TempFile() { std::remove(m_Path.c_str()); }
+    TempFile(const TempFile&) = delete;
+    TempFile& operator=(const TempFile&) = delete;
+    const std::string& Path() const { return m_Path; }
+
+private:
+    static inline int s_Count = 0;
+    std::string m_Path;
 };
 
 inline std::string Fbx(const std::string& name) {

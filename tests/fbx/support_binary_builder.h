@@ -1,8 +1,11 @@
 // Test helper: builds binary FBX files byte by byte, so tests can state exactly what a file
-// holds (either byte order, 32- or 64-bit record headers, raw or compressed arrays).
+// holds (either byte order, 32- or 64-bit record headers, raw or compressed arrays, and
+// damage no encoder would write).
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,24 +23,28 @@ public:
         std::vector<Node> children;
     };
 
-    BinaryBuilder(std::uint32_t version, bool bigEndian = false)
+    explicit BinaryBuilder(std::uint32_t version, bool bigEndian = false)
         : m_Version(version), m_BigEndian(bigEndian) {}
 
-    // Value encoders: each appends one value to a node.
-    void Bool(Node& n, bool v) const;
-    void Char(Node& n, char c) const;  // a 'C' value holding a letter
-    void Int16(Node& n, std::int16_t v) const;
-    void Int32(Node& n, std::int32_t v) const;
-    void Int64(Node& n, std::int64_t v) const;
-    void Float32(Node& n, float v) const;
-    void Float64(Node& n, double v) const;
+    // One scalar of type code 'C' (a bool or a letter), 'Y', 'I', 'L', 'F' or 'D'; the C++
+    // type of v gives the width.
+    template <class T>
+    void Scalar(Node& n, char type, T v) const {
+        n.values.push_back(static_cast<std::uint8_t>(type));
+        Put(n.values, v);
+        ++n.count;
+    }
+    // A text ('S') or raw bytes ('R').
     void String(Node& n, const std::string& s, char type = 'S') const;
-    // Arrays; `compress` stores them as a zlib stream.
-    void Int32Array(Node& n, const std::vector<std::int32_t>& v, bool compress = false) const;
-    void Int64Array(Node& n, const std::vector<std::int64_t>& v, bool compress = false) const;
-    void Float32Array(Node& n, const std::vector<float>& v, bool compress = false) const;
-    void Float64Array(Node& n, const std::vector<double>& v, bool compress = false) const;
-    void BoolArray(Node& n, const std::vector<std::uint8_t>& v, bool compress = false) const;
+    // An array of type code 'b', 'c', 'i', 'l', 'f' or 'd', raw or as a zlib stream.
+    template <class T>
+    void Array(Node& n, char type, const std::vector<T>& v, bool compress = false) const {
+        std::vector<std::uint8_t> payload;
+        for (const T& x : v)
+            Put(payload, x);
+        RawArray(n, type, static_cast<std::uint32_t>(v.size()), compress ? 1 : 0,
+                 compress ? Compress(payload) : payload);
+    }
     // An array header with any count, encoding and payload, for damaged files.
     void RawArray(Node& n, char type, std::uint32_t count, std::uint32_t encoding,
                   const std::vector<std::uint8_t>& payload) const;
@@ -48,14 +55,17 @@ public:
     // zlib stream of the bytes.
     static std::vector<std::uint8_t> Compress(const std::vector<std::uint8_t>& bytes);
 
-    bool Wide() const { return m_Version >= 7500; }
-
 private:
     template <class T>
-    void Put(std::vector<std::uint8_t>& out, T v) const;
-    template <class T>
-    void Array(Node& n, char type, const std::vector<T>& v, bool compress) const;
+    void Put(std::vector<std::uint8_t>& out, T v) const {
+        std::uint8_t bytes[sizeof(T)];
+        std::memcpy(bytes, &v, sizeof(T));
+        if (m_BigEndian)
+            std::reverse(bytes, bytes + sizeof(T));
+        out.insert(out.end(), bytes, bytes + sizeof(T));
+    }
     void Write(std::vector<std::uint8_t>& out, const Node& node) const;
+    bool Wide() const { return m_Version >= 7500; }
 
     std::uint32_t m_Version;
     bool m_BigEndian;

@@ -16,9 +16,8 @@ std::vector<std::string> CorpusFiles(const std::string& folder) {
     std::vector<std::string> files;
     std::error_code ec;
     for (const auto& entry : std::filesystem::directory_iterator(CorpusPath(folder), ec)) {
-        if (entry.is_regular_file() && entry.path().extension() == ".fbx") {
+        if (entry.is_regular_file() && entry.path().extension() == ".fbx")
             files.push_back(entry.path().string());
-        }
     }
     std::sort(files.begin(), files.end());
     return files;
@@ -29,11 +28,13 @@ std::string BaseName(const std::string& path) {
 }
 
 std::vector<std::uint8_t> LoadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return {};
+    std::ifstream in(path, std::ios::binary);  // a file that cannot be opened reads as empty
     return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in),
                                      std::istreambuf_iterator<char>());
+}
+
+fbx::ParseResult ParseText(const std::string& text) {
+    return fbx::ParseBuffer(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
 }
 
 }  // namespace fbxtest
