@@ -67,6 +67,16 @@ D: L1, S"x", L3, L4, L5, L6
 )");
 }
 
+TEST(AsciiSyntax, EmbeddedContentIsDecodedFromBase64) {
+    // "OTk5" is "999"; "+/9A" (the last two letters of the alphabet and a digit) is FB FF 40.
+    const fbx::ParseResult r =
+        ParseText("Video: \"Video::v\", \"Clip\" {\n  Content: \"OTk5+/9A\"\n}\n");
+    ASSERT_TRUE(r.ok) << r.error;
+    const fbx::Record* content = r.document.root.Child("Video")->Child("Content");
+    ASSERT_NE(content, nullptr);
+    EXPECT_EQ(content->TextAt(0), std::string("999\xFB\xFF@"));
+}
+
 TEST(AsciiErrors, BrokenTextsGiveAnErrorWithTheLineAndThePartialTree) {
     const std::pair<const char*, const char*> cases[] = {
         {"A: 1\nB: {\n  C: 2\n", "never closed"},

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -170,6 +171,14 @@ TEST(SceneContent, CorpusFilesHoldWhatTheirTextStates) {
             Imported file(Fbx(name));
             ASSERT_TRUE(file.imported) << file.importer->GetLastErrorString();
             const std::string summary = file.Summary();
+            // The first line names the version and encoding that the file's name states,
+            // "maya_cube_7400_ascii.fbx" -> "fbx 7.4.0 ascii".
+            const std::string stem = std::string(name).substr(0, std::strlen(name) - 4);
+            const std::size_t encodingAt = stem.rfind('_');
+            const std::string digits = stem.substr(stem.rfind('_', encodingAt - 1) + 1, 4);
+            EXPECT_EQ(summary.substr(0, summary.find('\n')), "fbx " + digits.substr(0, 1) + "." +
+                                                                 digits.substr(1, 1) + ".0 " +
+                                                                 stem.substr(encodingAt + 1));
             for (const char* text : c.texts)
                 EXPECT_NE(summary.find(text), std::string::npos) << text;
             if (c.check)
