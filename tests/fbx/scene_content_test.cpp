@@ -113,6 +113,7 @@ TEST(SceneContent, CorpusFilesHoldWhatTheirTextStates) {
              KFbxMesh* mesh = file.Find("pCube1")->GetMesh();
              auto* skin = static_cast<KFbxSkin*>(mesh->GetDeformer(0, KFbxDeformer::eSKIN));
              ASSERT_TRUE(skin && skin->GetClusterCount() == 3 && !skin->GetCluster(3));
+             EXPECT_EQ(mesh->GetDeformer(1, KFbxDeformer::eSKIN), nullptr);
              KFbxCluster* first = skin->GetCluster(0);
              EXPECT_EQ(
                  (Doubles{static_cast<double>(first->GetControlPointIndices()[19]),
@@ -133,6 +134,8 @@ TEST(SceneContent, CorpusFilesHoldWhatTheirTextStates) {
              KFbxSurfaceMaterial* material = file.Find("pCube1")->GetMaterial(0);
              EXPECT_TRUE(material->GetClassId().Is(KFbxSurfaceLambert::ClassId));
              EXPECT_FALSE(material->FindProperty("NoSuchProperty").IsValid());
+             EXPECT_EQ(material->FindProperty("NoSuchProperty").GetSrcObject(KFbxTexture::ClassId),
+                       nullptr);
              KFbxProperty diffuse = material->FindProperty("DiffuseColor");
              ASSERT_EQ(diffuse.GetSrcObjectCount(KFbxTexture::ClassId), 1);
              EXPECT_STREQ(diffuse.GetSrcObject(KFbxTexture::ClassId, 0)->GetName(), "file1");

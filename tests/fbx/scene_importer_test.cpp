@@ -66,7 +66,11 @@ TEST(SceneImporter, FilesThatCannotBeReadAreRefusedWithAReason) {
                           : *what == 'b' ? registry->GetNativeReaderFormat()
                                          : KFbxIOPluginRegistry::eFBX_ASCII)
             << what;
+        EXPECT_FALSE(registry->DetectFileFormat(nullptr, format));
     }
+    // A readable file still needs a scene to import into.
+    Imported cube(Fbx("maya_cube_7500_binary.fbx"));
+    EXPECT_FALSE(cube.importer->Import(nullptr, cube.options));
 }
 
 TEST(SceneImporter, OptionsAreSetByNameAndKindAndLeaveOutWhatIsSwitchedOff) {
