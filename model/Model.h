@@ -6,10 +6,12 @@
 
 #include <list>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "model/Animation.h"
+#include "model/AuthoredScene.h"
 #include "model/Material.h"
 #include "model/NodePool.h"
 #include "model/SkinInfluences.h"
@@ -70,6 +72,12 @@ struct Model {
     std::map<std::string, Animation> m_Animations;  // by node name
     std::map<std::string, NodeInfo> m_Nodes;        // by node name
     std::map<std::string, Mesh> m_Meshes;           // by mesh name; drawn in this order
+    // The authored look's records; null in the classic look. Shared by copies of the model.
+    std::shared_ptr<AuthoredScene> m_Authored;
+    // The authored look moves on smoothly between ticks: m_FrameFraction (0 to 1) of the
+    // way from m_Frame toward m_NextFrame, the frame the running action shows next.
+    int m_NextFrame = 0;
+    float m_FrameFraction = 0.0f;
 
     // Inserts a mesh under its name and hands the inserted mesh to the mesh-insertion hook
     // (the drawing side installs one that uploads the first material's texture to OpenGL).
