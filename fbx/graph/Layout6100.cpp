@@ -4,6 +4,9 @@
 // The graph restates them as the Geometry and NodeAttribute objects, material connections and
 // AnimationStack/Layer/CurveNode/Curve objects of a 7000+ file.
 #include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -233,16 +236,55 @@ void ObjectGraph::ReadTakeModel(const Record& model, std::size_t layer) {
     }
 }
 
-// The keys of one axis channel as an AnimationCurve on the curve node's d|X, d|Y or d|Z.
+namespace {
+
+// The key attribute flags a 7000+ file writes for a key of that kind.
+std::int32_t KeyAttributeFlags(const TakeKey& key) {
+    switch (key.interpolation) {
+        case TakeInterpolation::Constant:
+            return key.constantNext ? 0x102 : 0x02;
+        case TakeInterpolation::Linear:
+            return 0x04;
+        case TakeInterpolation::Cubic:
+            break;
+    }
+    switch (key.tangent) {
+        case 's':
+            return 0x408;  // user
+        case 'b':
+            return 0xC08;  // user, broken
+        case 't':
+            return 0x208;  // TCB
+        default:
+            return 0x108;  // automatic
+    }
+}
+
+// A slope as float32; 0 beyond its range.
+float Float32(double v) {
+    return std::fabs(v) <= std::numeric_limits<float>::max() ? static_cast<float>(v) : 0.0f;
+}
+
+}  // namespace
+
+// The keys of one axis channel as an AnimationCurve on the curve node's d|X, d|Y or d|Z, with
+// one key attribute per key as 7000+ files write them (flags, then right slope, next left
+// slope and two unused values).
 void ObjectGraph::AddTakeCurve(const Record& channel, std::size_t curveNode, const char* axis) {
     std::vector<TakeKey> keys = ReadTakeKeys(channel, m_Document.version);
     std::vector<std::int64_t> times;
     std::vector<double> values;
+    std::vector<std::int32_t> flags;
+    std::vector<float> slopes;  // float32, as real files store them
     times.reserve(keys.size());
     values.reserve(keys.size());
+    flags.reserve(keys.size());
+    slopes.reserve(keys.size() * 4);
     for (const TakeKey& k : keys) {
         times.push_back(k.time);
         values.push_back(k.value);
+        flags.push_back(KeyAttributeFlags(k));
+        slopes.insert(slopes.end(), {Float32(k.rightSlope), Float32(k.nextLeftSlope), 0.0f, 0.0f});
     }
     Record& data = MakeRecord("AnimationCurve");
     Record timeRecord;
@@ -250,6 +292,13 @@ void ObjectGraph::AddTakeCurve(const Record& channel, std::size_t curveNode, con
     timeRecord.values.push_back(Value::MakeArray(std::move(times)));
     data.children.push_back(std::move(timeRecord));
     data.children.push_back(DoubleRecord("KeyValueFloat", std::move(values)));
+    data.children.push_back(
+        IntRecord("KeyAttrRefCount", std::vector<std::int32_t>(keys.size(), 1)));
+    data.children.push_back(IntRecord("KeyAttrFlags", std::move(flags)));
+    Record slopeRecord;
+    slopeRecord.name = "KeyAttrDataFloat";
+    slopeRecord.values.push_back(Value::MakeArray(std::move(slopes)));
+    data.children.push_back(std::move(slopeRecord));
     Object curve;
     curve.kind = "AnimationCurve";
     curve.className = "AnimCurve";

@@ -1,5 +1,6 @@
 #include "fbx/graph/TakeKeys.h"
 
+#include <cmath>
 #include <cstddef>
 
 namespace fbx {
@@ -95,23 +96,30 @@ bool SkipWeights(KeyTokens& tokens, int count) {
     return true;
 }
 
-// Consumes what follows the interpolation letter of one key.
-bool SkipParameters(KeyTokens& tokens, char interpolation, std::int64_t keyVer) {
+// Reads what follows the interpolation letter of one key into it.
+bool ReadParameters(KeyTokens& tokens, char interpolation, std::int64_t keyVer, TakeKey& key) {
     switch (interpolation) {
         case 'C': {
+            key.interpolation = TakeInterpolation::Constant;
             char mode;
-            return keyVer < 4004 || tokens.Letter(mode);
+            if (keyVer < 4004)
+                return true;
+            if (!tokens.Letter(mode))
+                return false;
+            key.constantNext = mode == 'n';
+            return true;
         }
         case 'L':
+            key.interpolation = TakeInterpolation::Linear;
             return true;
         case 'U': {
-            char slope;
-            if (!tokens.Letter(slope))
+            key.interpolation = TakeInterpolation::Cubic;
+            if (!tokens.Letter(key.tangent))
                 return false;
-            switch (slope) {
+            switch (key.tangent) {
                 case 's':
                 case 'b':
-                    if (!tokens.Skip(2))
+                    if (!tokens.Number(key.rightSlope) || !tokens.Number(key.nextLeftSlope))
                         return false;
                     return keyVer == 4003 || SkipWeight(tokens);
                 case 'a':
@@ -133,6 +141,66 @@ bool SkipParameters(KeyTokens& tokens, char interpolation, std::int64_t keyVer) 
         }
         default:
             return false;
+    }
+}
+
+double Seconds(std::int64_t from, std::int64_t to) {
+    return (static_cast<double>(to) - static_cast<double>(from)) / 46186158000.0;
+}
+
+// Rise over run; 0 when the run is not forward or either is not finite.
+double Slope(double rise, double seconds) {
+    const double slope = seconds > 0.0 ? rise / seconds : 0.0;
+    return std::isfinite(slope) ? slope : 0.0;
+}
+
+// The slope of an automatic tangent at key k (see ReadTakeKeys).
+double AutomaticSlope(const std::vector<TakeKey>& keys, std::size_t k) {
+    if (k == 0 || k + 1 >= keys.size())
+        return 0.0;
+    const double before = keys[k - 1].value;
+    const double here = keys[k].value;
+    const double after = keys[k + 1].value;
+    const bool between = (before < here && here < after) || (before > here && here > after);
+    if (!between)
+        return 0.0;
+    return Slope(after - before, Seconds(keys[k - 1].time, keys[k + 1].time));
+}
+
+bool WrittenTangent(const TakeKey& key) {
+    return key.interpolation == TakeInterpolation::Cubic &&
+           (key.tangent == 's' || key.tangent == 'b');
+}
+
+// Every key's slopes, from its letters and, where the file writes none, from its neighbours.
+void FillSlopes(std::vector<TakeKey>& keys) {
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+        TakeKey& key = keys[k];
+        const bool last = k + 1 >= keys.size();
+        switch (key.interpolation) {
+            case TakeInterpolation::Constant:
+                key.rightSlope = key.nextLeftSlope = 0.0;
+                break;
+            case TakeInterpolation::Linear:
+                key.rightSlope = key.nextLeftSlope =
+                    last
+                        ? 0.0
+                        : Slope(keys[k + 1].value - key.value, Seconds(key.time, keys[k + 1].time));
+                break;
+            case TakeInterpolation::Cubic:
+                if (WrittenTangent(key)) {
+                    key.rightSlope = std::isfinite(key.rightSlope) ? key.rightSlope : 0.0;
+                    key.nextLeftSlope = std::isfinite(key.nextLeftSlope) ? key.nextLeftSlope : 0.0;
+                    break;
+                }
+                key.rightSlope = AutomaticSlope(keys, k);
+                key.nextLeftSlope = last                         ? 0.0
+                                    : keys[k + 1].tangent == 's' ? keys[k + 1].rightSlope
+                                                                 : AutomaticSlope(keys, k + 1);
+                if (!std::isfinite(key.nextLeftSlope))
+                    key.nextLeftSlope = 0.0;
+                break;
+        }
     }
 }
 
@@ -160,10 +228,13 @@ std::vector<TakeKey> ReadTakeKeys(const Record& channel, std::uint32_t fileVersi
         if (!tokens.Integer(k.time) || !tokens.Number(k.value) || !tokens.Letter(interpolation)) {
             break;
         }
+        // A key whose parameters break off keeps what its letters gave so far.
+        const bool whole = ReadParameters(tokens, interpolation, keyVer, k);
         keys.push_back(k);
-        if (!SkipParameters(tokens, interpolation, keyVer))
+        if (!whole)
             break;
     }
+    FillSlopes(keys);
     return keys;
 }
 

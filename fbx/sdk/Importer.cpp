@@ -10,6 +10,7 @@
 #include "fbx/format/Parse.h"
 #include "fbx/graph/ObjectGraph.h"
 #include "fbx/sdk/SceneBuilder.h"
+#include "fbx/sdk/TakeDescriber.h"
 
 namespace fbx {
 
@@ -253,41 +254,14 @@ bool KFbxImporter::AcceptParse(const fbx::ParseResult& parsed) {
 
 // One take per animation stack (pre-7000 takes are stacks in the graph), and the current one.
 void KFbxImporter::CollectTakes() {
-    for (const fbx::Object& o : m_Graph->Objects()) {
-        if (o.kind == "AnimationStack")
-            m_Takes.push_back(DescribeTake(o));
+    fbx::TakeDescriber describer(*m_Graph);
+    for (std::size_t i = 0; i < m_Graph->Objects().size(); ++i) {
+        if (m_Graph->At(i).kind == "AnimationStack")
+            m_Takes.push_back(describer.Describe(i));
     }
     m_CurrentTake = m_Graph->CurrentTake();
     if (m_CurrentTake.empty() && !m_Takes.empty())
         m_CurrentTake = m_Takes.front()->mName;
-}
-
-// A pre-7000 take keeps its comment and span in the Take record; a 7000+ stack in properties.
-std::unique_ptr<KFbxTakeInfo> KFbxImporter::DescribeTake(const fbx::Object& stack) const {
-    auto info = std::make_unique<KFbxTakeInfo>();
-    info->mName = stack.name;
-    info->mImportName = stack.name;
-    info->mSelect = true;
-    if (stack.record && stack.record->name == "Take") {
-        info->mDescription = stack.record->ChildText("Comments");
-        if (const fbx::Record* t = stack.record->Child("LocalTime")) {
-            info->mLocalStart = KTime(t->IntAt(0));
-            info->mLocalStop = KTime(t->IntAt(1));
-        }
-        return info;
-    }
-    const std::size_t index = static_cast<std::size_t>(&stack - m_Graph->Objects().data());
-    if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "Description"))
-        info->mDescription = p->text;
-    if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "LocalStart")) {
-        if (!p->numbers.empty())
-            info->mLocalStart = KTime(static_cast<kLongLong>(p->numbers[0]));
-    }
-    if (const fbx::PropertyValue* p = m_Graph->FindProperty(index, "LocalStop")) {
-        if (!p->numbers.empty())
-            info->mLocalStop = KTime(static_cast<kLongLong>(p->numbers[0]));
-    }
-    return info;
 }
 
 void KFbxImporter::GetFileVersion(int& major, int& minor, int& revision) const {

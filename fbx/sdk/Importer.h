@@ -18,7 +18,6 @@
 
 namespace fbx {
 class ObjectGraph;
-struct Object;
 struct ParseResult;
 // The hash that a protected file stores for its password ("PasswordHash").
 std::string PasswordHash(const std::string& password);
@@ -59,14 +58,18 @@ private:
     KFbxStreamOptionsFbxReader(KFbxSdkManager* manager, const char* name);
 };
 
-// One take of the file as the importer reports it.
+// One take of the file as the importer (and the scene) reports it.
 struct KFbxTakeInfo {
     KString mName;
     KString mDescription;
     KString mImportName;
     bool mSelect = true;
+    // The span as the file writes it (LocalTime, or LocalStart/LocalStop); 0 where it has none.
     KTime mLocalStart;
     KTime mLocalStop;
+    // The span the take plays: the file's local span, else its reference span, else the span
+    // of the take's keys (0 to 0 without keys). Never stops before it starts.
+    KTimeSpan mLocalTimeSpan;
 };
 
 // File formats by content.
@@ -141,7 +144,6 @@ private:
     bool CheckVersion();
     bool AcceptParse(const fbx::ParseResult& parsed);
     void CollectTakes();
-    std::unique_ptr<KFbxTakeInfo> DescribeTake(const fbx::Object& stack) const;
     // The step of Import that refuses a protected file without its password.
     bool CheckPassword(KFbxStreamOptionsFbxReader* options);
 

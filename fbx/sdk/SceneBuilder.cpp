@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <deque>
 #include <map>
 #include <memory>
@@ -12,6 +13,7 @@
 #include "fbx/sdk/Material.h"
 #include "fbx/sdk/Mesh.h"
 #include "fbx/sdk/SceneNode.h"
+#include "fbx/sdk/TakeDescriber.h"
 
 namespace fbx {
 
@@ -350,7 +352,7 @@ LayerContents ListLayerContents(const Record& geometry, const ElementsByName& el
 
 void SceneBuilder::Build(const ObjectGraph& graph, KFbxScene& scene, const BuildOptions& options) {
     SceneBuilder builder(graph, scene, options);
-    builder.ReadTakeNames();
+    builder.ReadTakes();
     builder.BuildNodes();
     if (options.animation)
         builder.BuildAnimation();
@@ -362,13 +364,18 @@ SceneBuilder::SceneBuilder(const ObjectGraph& graph, KFbxScene& scene, const Bui
       m_Options(options),
       m_Built(graph.Objects().size(), nullptr) {}
 
-void SceneBuilder::ReadTakeNames() {
-    for (const Object& o : m_Graph.Objects()) {
+// Each take name once, with the take of the first stack of that name.
+void SceneBuilder::ReadTakes() {
+    TakeDescriber describer(m_Graph);
+    auto& names = m_Scene.m_TakeNames;
+    for (std::size_t i = 0; i < m_Graph.Objects().size(); ++i) {
+        const Object& o = m_Graph.At(i);
         if (o.kind != "AnimationStack" || o.name == "Default")
             continue;
-        auto& names = m_Scene.m_TakeNames;
-        if (std::find(names.begin(), names.end(), o.name) == names.end())
+        if (std::find(names.begin(), names.end(), o.name) == names.end()) {
             names.push_back(o.name);
+            m_Scene.m_TakeInfos.push_back(describer.Describe(i));
+        }
     }
 }
 
@@ -410,6 +417,7 @@ void SceneBuilder::BuildNodes() {
                     }
                 }
             }
+            ReadNodeProperties(child, *node);
             node->m_TakeNames.insert(node->m_TakeNames.end(), m_Scene.m_TakeNames.begin(),
                                      m_Scene.m_TakeNames.end());
             node->m_Curves.resize(node->m_TakeNames.size());
@@ -431,6 +439,33 @@ void SceneBuilder::BuildNodes() {
         node->m_Attribute = BuildAttribute(index, *node);
         if (node->m_Attribute)
             node->m_Sources.push_back(node->m_Attribute);
+    }
+}
+
+// The node's transform properties beyond Lcl T/R/S, each made with the format's default by
+// KFbxNode: the file's finite numbers replace the default's, as many as it has; an enum keeps
+// its default for a value outside its range.
+void SceneBuilder::ReadNodeProperties(std::size_t model, KFbxNode& node) {
+    static const std::pair<const char*, double> kEnumRanges[] = {{"RotationOrder", 6},
+                                                                 {"InheritType", 2}};
+    for (KFbxPropertyData& data : node.m_Properties) {
+        const PropertyValue* p =
+            TransformGroup(data.name) < 0 ? m_Graph.FindProperty(model, data.name) : nullptr;
+        if (!p)
+            continue;
+        if (data.type == eINTEGER1) {
+            double highest = 0;
+            for (const auto& [name, last] : kEnumRanges)
+                highest = data.name == name ? last : highest;
+            const double v = p->numbers.empty() ? -1 : p->numbers[0];
+            if (v >= 0 && v <= highest && v == std::floor(v))
+                data.numbers.assign(1, v);
+            continue;
+        }
+        for (std::size_t k = 0; k < data.numbers.size() && k < p->numbers.size(); ++k) {
+            if (std::isfinite(p->numbers[k]))
+                data.numbers[k] = p->numbers[k];
+        }
     }
 }
 
@@ -960,26 +995,6 @@ std::shared_ptr<KFCurve> SceneBuilder::ChannelCurve(std::size_t curveNode, int a
         return read;
     }
     return nullptr;
-}
-
-// An AnimationCurve's keys (KeyTime and KeyValueFloat, paired up to the shorter) and its
-// default: the curve's own Default record, else the curve node's value for the channel.
-std::shared_ptr<KFCurve> SceneBuilder::ReadCurve(const Record* curve,
-                                                 const PropertyValue* channel) {
-    auto made = std::make_shared<KFCurve>();
-    std::vector<std::int64_t> times = ChildInts(curve, "KeyTime");
-    std::vector<double> values = ChildDoubles(curve, "KeyValueFloat");
-    std::size_t n = std::min(times.size(), values.size());
-    made->m_Keys.resize(n);
-    for (std::size_t k = 0; k < n; ++k) {
-        made->m_Keys[k].time = KTime(times[k]);
-        made->m_Keys[k].value = values[k];
-    }
-    if (channel && !channel->numbers.empty())
-        made->m_Default = channel->numbers[0];
-    if (const Record* d = curve ? curve->Child("Default") : nullptr)
-        made->m_Default = d->DoubleAt(0);
-    return made;
 }
 
 }  // namespace fbx

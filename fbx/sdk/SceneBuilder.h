@@ -37,8 +37,9 @@ public:
 private:
     SceneBuilder(const ObjectGraph& graph, KFbxScene& scene, const BuildOptions& options);
 
-    void ReadTakeNames();
+    void ReadTakes();
     void BuildNodes();
+    void ReadNodeProperties(std::size_t model, KFbxNode& node);
     KFbxNodeAttribute* BuildAttribute(std::size_t model, KFbxNode& node);
     KFbxMesh* BuildMesh(std::size_t geometry, KFbxNode& node);
     void BuildLayers(std::size_t geometry, KFbxMesh& mesh, KFbxNode& node);
@@ -53,6 +54,7 @@ private:
     void BuildAnimation();
     void AnimateNodes(std::size_t curveNode, std::size_t slot, SharedCurves& shared);
     std::shared_ptr<KFCurve> ChannelCurve(std::size_t curveNode, int axis, SharedCurves& shared);
+    // One AnimationCurve record as a curve (CurveKeys.cpp).
     static std::shared_ptr<KFCurve> ReadCurve(const Record* curve, const PropertyValue* channel);
 
     // The kinds of layer element (SceneBuilder.cpp): for each, the record that holds it, how

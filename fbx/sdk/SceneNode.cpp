@@ -1,7 +1,9 @@
 #include "fbx/sdk/SceneNode.h"
 
 #include <cstring>
+#include <utility>
 
+#include "fbx/sdk/Importer.h"
 #include "fbx/sdk/Material.h"
 #include "fbx/sdk/Mesh.h"
 
@@ -17,6 +19,30 @@ KTime KFCurve::KeyGetTime(int index) const {
     return m_Keys[static_cast<std::size_t>(index)].time;
 }
 
+int KFCurve::KeyGetInterpolation(int index) const {
+    if (index < 0 || index >= KeyGetCount())
+        return KFCURVE_INTERPOLATION_LINEAR;
+    return m_Keys[static_cast<std::size_t>(index)].interpolation;
+}
+
+int KFCurve::KeyGetConstantMode(int index) const {
+    if (index < 0 || index >= KeyGetCount())
+        return KFCURVE_CONSTANT_STANDARD;
+    return m_Keys[static_cast<std::size_t>(index)].constantMode;
+}
+
+double KFCurve::KeyGetRightDerivative(int index) const {
+    if (index < 0 || index >= KeyGetCount())
+        return 0.0;
+    return m_Keys[static_cast<std::size_t>(index)].rightSlope;
+}
+
+double KFCurve::KeyGetLeftDerivative(int index) const {
+    if (index < 1 || index >= KeyGetCount())
+        return 0.0;
+    return m_Keys[static_cast<std::size_t>(index) - 1].nextLeftSlope;
+}
+
 KFbxNodeAttribute* KFbxNodeAttribute::Create(KFbxSdkManager* manager, const char* name,
                                              EAttributeType type) {
     return manager->Adopt(new KFbxNodeAttribute(manager, name, type));
@@ -25,15 +51,28 @@ KFbxNodeAttribute* KFbxNodeAttribute::Create(KFbxSdkManager* manager, const char
 // ---- KFbxNode --------------------------------------------------------------------------
 
 KFbxNode::KFbxNode(KFbxSdkManager* manager, const char* name) : KFbxObject(manager, name) {
-    KFbxPropertyData& t = AddProperty("Lcl Translation", eDOUBLE3);
-    t.numbers = {0.0, 0.0, 0.0};
-    KFbxPropertyData& r = AddProperty("Lcl Rotation", eDOUBLE3);
-    r.numbers = {0.0, 0.0, 0.0};
-    KFbxPropertyData& s = AddProperty("Lcl Scaling", eDOUBLE3);
-    s.numbers = {1.0, 1.0, 1.0};
-    LclTranslation = FindProperty("Lcl Translation");
-    LclRotation = FindProperty("Lcl Rotation");
-    LclScaling = FindProperty("Lcl Scaling");
+    // The transform properties with the format's defaults, which stand where a file gives
+    // none. Properties stay where they are (a deque), so handles can be taken at once.
+    auto add = [this](KFbxProperty& handle, const char* property, EFbxType type,
+                      std::vector<double> numbers) {
+        AddProperty(property, type).numbers = std::move(numbers);
+        handle = FindProperty(property);
+    };
+    add(LclTranslation, "Lcl Translation", eDOUBLE3, {0, 0, 0});
+    add(LclRotation, "Lcl Rotation", eDOUBLE3, {0, 0, 0});
+    add(LclScaling, "Lcl Scaling", eDOUBLE3, {1, 1, 1});
+    add(RotationOffset, "RotationOffset", eDOUBLE3, {0, 0, 0});
+    add(RotationPivot, "RotationPivot", eDOUBLE3, {0, 0, 0});
+    add(ScalingOffset, "ScalingOffset", eDOUBLE3, {0, 0, 0});
+    add(ScalingPivot, "ScalingPivot", eDOUBLE3, {0, 0, 0});
+    add(PreRotation, "PreRotation", eDOUBLE3, {0, 0, 0});
+    add(PostRotation, "PostRotation", eDOUBLE3, {0, 0, 0});
+    add(GeometricTranslation, "GeometricTranslation", eDOUBLE3, {0, 0, 0});
+    add(GeometricRotation, "GeometricRotation", eDOUBLE3, {0, 0, 0});
+    add(GeometricScaling, "GeometricScaling", eDOUBLE3, {1, 1, 1});
+    add(RotationOrder, "RotationOrder", eINTEGER1, {0});
+    add(InheritType, "InheritType", eINTEGER1, {0});
+    add(RotationActive, "RotationActive", eBOOL1, {0});
     m_TakeNames.push_back("Default");
     m_Curves.emplace_back();
 }
@@ -170,9 +209,20 @@ KFbxScene* KFbxScene::Create(KFbxSdkManager* manager, const char* name) {
     return manager->Adopt(new KFbxScene(manager, name));
 }
 
+const KFbxTakeInfo* KFbxScene::GetTakeInfo(const char* takeName) const {
+    if (!takeName)
+        return nullptr;
+    for (std::size_t i = 0; i < m_TakeNames.size() && i < m_TakeInfos.size(); ++i) {
+        if (m_TakeNames[i] == takeName)
+            return m_TakeInfos[i].get();
+    }
+    return nullptr;
+}
+
 void KFbxScene::Clear() {
     m_Nodes.clear();
     m_TakeNames.clear();
+    m_TakeInfos.clear();
     m_Owned.clear();
     m_Root = Own(new KFbxNode(GetFbxSdkManager(), "RootNode"));
 }

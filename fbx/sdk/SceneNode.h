@@ -12,19 +12,44 @@
 class KFbxMesh;
 class KFbxSurfaceMaterial;
 class KFbxNode;
+struct KFbxTakeInfo;
 
-// One animation curve: keys with a time and a value, in file order.
+// How a curve runs from a key to the next one (KFCurve::KeyGetInterpolation), with the bit
+// values that 7000+ files use in KeyAttrFlags.
+constexpr int KFCURVE_INTERPOLATION_CONSTANT = 0x02;
+constexpr int KFCURVE_INTERPOLATION_LINEAR = 0x04;
+constexpr int KFCURVE_INTERPOLATION_CUBIC = 0x08;
+// Which value a constant key holds until the next key (KFCurve::KeyGetConstantMode): its own,
+// or the next key's.
+constexpr int KFCURVE_CONSTANT_STANDARD = 0;
+constexpr int KFCURVE_CONSTANT_NEXT = 0x100;
+
+// One animation curve: keys with a time and a value, in file order, each with the
+// interpolation of the span up to the next key and the slopes at both ends of that span.
 class KFCurve {
 public:
     struct Key {
         KTime time;
         double value = 0.0;
+        int interpolation = KFCURVE_INTERPOLATION_LINEAR;  // one of KFCURVE_INTERPOLATION_*
+        int constantMode = KFCURVE_CONSTANT_STANDARD;      // constant keys: KFCURVE_CONSTANT_*
+        double rightSlope = 0.0;                           // value per second leaving this key
+        double nextLeftSlope = 0.0;  // value per second arriving at the next key
     };
 
     int KeyGetCount() const { return static_cast<int>(m_Keys.size()); }
     // Value and time of key i; 0 for an index out of range.
     double KeyGetValue(int index) const;
     KTime KeyGetTime(int index) const;
+    // Interpolation of the span from key i to the next one; linear for an index out of range.
+    int KeyGetInterpolation(int index) const;
+    // KFCURVE_CONSTANT_NEXT for a constant key that holds the next key's value, else
+    // KFCURVE_CONSTANT_STANDARD.
+    int KeyGetConstantMode(int index) const;
+    // Slope leaving key i, and slope arriving at key i (what the key before it gives), in
+    // value units per second; 0 for an index out of range and arriving at the first key.
+    double KeyGetRightDerivative(int index) const;
+    double KeyGetLeftDerivative(int index) const;
     // The curve's value when it has no keys (the channel's default).
     double GetValue() const { return m_Default; }
 
@@ -145,6 +170,25 @@ public:
     KFbxTypedProperty<fbxDouble3> LclTranslation;
     KFbxTypedProperty<fbxDouble3> LclRotation;
     KFbxTypedProperty<fbxDouble3> LclScaling;
+    // The rest of the node's transform, as the file (or its property template) gives it, else
+    // the format's default: offsets and pivots of rotation and scaling, pre- and
+    // post-rotation (Euler XYZ, degrees), the geometric transform that moves the node's own
+    // geometry only (scaling defaults to 1, 1, 1; everything else to 0, 0, 0).
+    KFbxTypedProperty<fbxDouble3> RotationOffset;
+    KFbxTypedProperty<fbxDouble3> RotationPivot;
+    KFbxTypedProperty<fbxDouble3> ScalingOffset;
+    KFbxTypedProperty<fbxDouble3> ScalingPivot;
+    KFbxTypedProperty<fbxDouble3> PreRotation;
+    KFbxTypedProperty<fbxDouble3> PostRotation;
+    KFbxTypedProperty<fbxDouble3> GeometricTranslation;
+    KFbxTypedProperty<fbxDouble3> GeometricRotation;
+    KFbxTypedProperty<fbxDouble3> GeometricScaling;
+    // 0 XYZ, 1 XZY, 2 YZX, 3 YXZ, 4 ZXY, 5 ZYX, 6 spheric XYZ; 0 for values outside 0 to 6.
+    KFbxTypedProperty<int> RotationOrder;
+    // 0 RrSs, 1 RSrs, 2 Rrs; 0 for values outside 0 to 2.
+    KFbxTypedProperty<int> InheritType;
+    // Whether pre- and post-rotation apply (false unless the file sets it).
+    KFbxTypedProperty<bool> RotationActive;
     KFbxVector4& GetDefaultT(KFbxVector4& value) const;
     KFbxVector4& GetDefaultR(KFbxVector4& value) const;
     KFbxVector4& GetDefaultS(KFbxVector4& value) const;
@@ -195,6 +239,8 @@ public:
 
     // Names of the takes read from the file, in file order.
     const std::vector<std::string>& GetTakeNames() const { return m_TakeNames; }
+    // The take of that name among GetTakeNames() (its span, comment); null for another name.
+    const KFbxTakeInfo* GetTakeInfo(const char* takeName) const;
 
 private:
     KFbxScene(KFbxSdkManager* manager, const char* name);
@@ -210,4 +256,5 @@ private:
     std::vector<KFbxNode*> m_Nodes;
     KFbxNode* m_Root = nullptr;
     std::vector<std::string> m_TakeNames;
+    std::vector<std::unique_ptr<KFbxTakeInfo>> m_TakeInfos;  // one per take name, same order
 };

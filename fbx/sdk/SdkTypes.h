@@ -95,6 +95,27 @@ private:
     kLongLong m_Ticks = 0;
 };
 
+// A stretch of time from a start to a stop (both in ticks), such as the span a take plays.
+class KTimeSpan {
+public:
+    KTimeSpan() = default;
+    KTimeSpan(KTime start, KTime stop) : m_Start(start), m_Stop(stop) {}
+    KTime GetStart() const { return m_Start; }
+    KTime GetStop() const { return m_Stop; }
+    void Set(KTime start, KTime stop) {
+        m_Start = start;
+        m_Stop = stop;
+    }
+    // Stop minus start, in seconds.
+    double GetDurationSeconds() const {
+        return m_Stop.GetSecondDouble() - m_Start.GetSecondDouble();
+    }
+
+private:
+    KTime m_Start;
+    KTime m_Stop;
+};
+
 // The SDK's string type; here a thin std::string.
 class KString : public std::string {
 public:

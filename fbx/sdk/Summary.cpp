@@ -267,7 +267,8 @@ const char* AttributeTypeName(int type) {
     return kNames[type];
 }
 
-std::string SummarizeScene(const KFbxImporter& importer, KFbxScene& scene) {
+std::string SummarizeScene(const KFbxImporter& importer, KFbxScene& scene,
+                           const FrameNumbering& numbering) {
     Writer out;
     int major, minor, revision;
     importer.GetFileVersion(major, minor, revision);
@@ -276,8 +277,28 @@ std::string SummarizeScene(const KFbxImporter& importer, KFbxScene& scene) {
 
     out.Line("takes " + std::to_string(importer.GetTakeCount()) + " current " +
              Quote(importer.GetCurrentTakeName()));
+    const std::vector<std::string>& names = scene.GetTakeNames();
+    std::vector<TakeFrames> frames(names.size());
+    if (numbering) {
+        for (std::size_t t = 0; t < names.size(); ++t) {
+            if (const KFbxTakeInfo* info = scene.GetTakeInfo(names[t].c_str())) {
+                frames[t].start = info->mLocalTimeSpan.GetStart().GetSecondDouble();
+                frames[t].stop = info->mLocalTimeSpan.GetStop().GetSecondDouble();
+            }
+        }
+        numbering(frames);
+    }
     for (int t = 0; t < importer.GetTakeCount(); ++t) {
-        out.Line("take " + Quote(importer.GetTakeInfo(t)->mName.c_str()));
+        const std::string name = importer.GetTakeInfo(t)->mName;
+        out.Line("take " + Quote(name.c_str()));
+        const auto inScene = std::find(names.begin(), names.end(), name);
+        if (!numbering || inScene == names.end() || frames.size() != names.size())
+            continue;
+        const TakeFrames& f = frames[static_cast<std::size_t>(inScene - names.begin())];
+        char seconds[64];
+        std::snprintf(seconds, sizeof seconds, "%.2f", f.stop - f.start);
+        out.Line("  frames " + std::to_string(f.firstFrame) + " to " + std::to_string(f.lastFrame) +
+                 " (" + seconds + " s)");
     }
 
     std::vector<std::pair<KFbxNode*, int>> nodes = NodesInOrder(scene.GetRootNode());
