@@ -2,9 +2,11 @@
 //
 //   demogen [ROOT]
 //
-// Writes ROOT/models/*.fbx and ROOT/textures/*.bmp (ROOT defaults to "Assets"). The models name
-// their textures "Assets/textures/NAME.bmp", relative to the directory the engine runs in, so
-// run the engine from the directory that holds Assets/. The output is the same on every run.
+// Writes ROOT/models/*.fbx and ROOT/textures/*.bmp (ROOT defaults to "Assets"): the loading
+// screen, title, arena, the robot and, in character.fbx, a skinned character on the robot's
+// stage. The models name their textures "Assets/textures/NAME.bmp", relative to the directory
+// the engine runs in, so run the engine from the directory that holds Assets/. The output is
+// the same on every run.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -15,8 +17,10 @@
 #include <string>
 #include <vector>
 
+#include "fbx/write/NodeMatrices.h"
 #include "fbx/write/SceneDescription.h"
 #include "fbx/write/WriterScene.h"
+#include "fbx/write/WriterSynthetic.h"
 
 namespace {
 
@@ -645,6 +649,8 @@ fbx::desc::Matrix4 Placement(const Matrix3& rotation, const Vec3& translation) {
     return m;
 }
 
+void AddStageAndProps(fbx::SceneDescription& scene, const Matrix3& pose);
+
 fbx::SceneDescription RobotScene() {
     fbx::SceneDescription scene;
     AddBackdrop(scene);
@@ -697,7 +703,13 @@ fbx::SceneDescription RobotScene() {
         scene.takes.push_back(take);
     }
 
-    // The round stage the robot stands on, and two crates beside it; neither moves.
+    AddStageAndProps(scene, pose);
+    return scene;
+}
+
+// The round stage a figure stands on (its top at y = -4.8 before the pose), and two crates
+// beside it; neither moves.
+void AddStageAndProps(fbx::SceneDescription& scene, const Matrix3& pose) {
     Shape stage;
     constexpr int kSides = 12;
     std::vector<Vec3> rim;
@@ -727,6 +739,59 @@ fbx::SceneDescription RobotScene() {
     props.Append(Crate({9.0, -3.55, -1}, 2.5));
     props.Transform(pose);
     AddMeshNode(scene, "Props", props, {{1, 1, 1}, 0.15, "crate.bmp"});
+}
+
+// ---------------------------------------------------------------------------------------------
+// The skinned character: the robot's stage, props and backdrop with a MakeSkinnedCharacter()
+// figure in the robot's place, hung from a root node that scales it to the robot's size and
+// turns it like the robot. Its takes are "Walk" (2 s) and "Wave" (1.5 s).
+
+constexpr double kCharacterScale = 6.0;  // two units tall; the robot is about thirteen
+
+fbx::SceneDescription CharacterScene() {
+    fbx::SceneDescription scene;
+    AddBackdrop(scene);
+    const Matrix3 pose = PoseRotation(kRobotTilt, kRobotYaw);
+    const int root = scene.AddNode("Character", fbx::desc::NodeType::Null);
+    {
+        fbx::desc::Node& node = scene.nodes[static_cast<std::size_t>(root)];
+        node.translation = pose * Vec3{0, -4.8, 0};  // feet on the stage
+        node.rotation = {kRobotTilt, kRobotYaw, 0};
+        node.scaling = {kCharacterScale, kCharacterScale, kCharacterScale};
+    }
+
+    // The character's nodes, materials and takes, their indices moved past what is there.
+    const fbx::SceneDescription character = fbx::MakeSkinnedCharacter();
+    const int nodeBase = static_cast<int>(scene.nodes.size());
+    const int materialBase = static_cast<int>(scene.materials.size());
+    for (fbx::desc::Node node : character.nodes) {
+        node.parent = node.parent < 0 ? root : node.parent + nodeBase;
+        for (int& material : node.materials)
+            material += materialBase;
+        for (fbx::desc::Cluster& cluster : node.skin.clusters)
+            cluster.linkNode += nodeBase;
+        scene.nodes.push_back(std::move(node));
+    }
+    for (fbx::desc::Material material : character.materials) {
+        // Lit like the rest of the demo: ambient as diffuse, and a little glow.
+        material.ambient = material.diffuse;
+        material.emissive = {0.12, 0.12, 0.12};
+        scene.materials.push_back(material);
+    }
+    for (fbx::desc::Take take : character.takes) {
+        for (fbx::desc::NodeAnimation& animation : take.nodes)
+            animation.node += nodeBase;
+        scene.takes.push_back(std::move(take));
+    }
+    // The bind pose now includes the root's placement.
+    for (std::size_t i = 0; i < scene.nodes.size(); ++i) {
+        for (fbx::desc::Cluster& cluster : scene.nodes[i].skin.clusters) {
+            cluster.transform = fbx::desc::WorldMatrix(scene, static_cast<int>(i));
+            cluster.transformLink = fbx::desc::WorldMatrix(scene, cluster.linkNode);
+        }
+    }
+
+    AddStageAndProps(scene, pose);
     return scene;
 }
 
@@ -781,5 +846,6 @@ int main(int argc, char** argv) {
     ok = WriteModel(models / "title.fbx", TitleScene()) && ok;
     ok = WriteModel(models / "arena.fbx", ArenaScene()) && ok;
     ok = WriteModel(models / "robot.fbx", RobotScene()) && ok;
+    ok = WriteModel(models / "character.fbx", CharacterScene()) && ok;
     return ok ? 0 : 1;
 }

@@ -1,7 +1,12 @@
 // fbxgen: writes synthetic FBX files for tests, benchmarks and the demo.
 //
-//   fbxgen [--preset grid|cube|skinned] [--corners N] [--clusters K] [--takes T] [--keys M]
-//          [--texture FILE] [--password P] [--version 6100|7500] [--ascii|--binary] OUT.fbx
+//   fbxgen [--preset grid|cube|skinned|character] [--character] [--corners N] [--clusters K]
+//          [--bones B] [--takes T] [--keys M] [--texture FILE] [--password P]
+//          [--version 6100|7500] [--ascii|--binary] OUT.fbx
+//
+// --character (or --preset character) writes the skinned, animated character of
+// MakeSkinnedCharacter(): --corners (default 5000), --bones (22..1000, default 30) and --takes
+// (0..2, default both) size it, up to 2000000 corners; --password marks it too.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -13,9 +18,10 @@ namespace {
 
 void PrintUsage() {
     std::fprintf(stderr,
-                 "usage: fbxgen [--preset grid|cube|skinned] [--corners N] [--clusters K]\n"
-                 "              [--takes T] [--keys M] [--texture FILE] [--password P]\n"
-                 "              [--version 6100|7500] [--ascii|--binary] OUT.fbx\n");
+                 "usage: fbxgen [--preset grid|cube|skinned|character] [--character]\n"
+                 "              [--corners N] [--clusters K] [--bones B] [--takes T] [--keys M]\n"
+                 "              [--texture FILE] [--password P] [--version 6100|7500]\n"
+                 "              [--ascii|--binary] OUT.fbx\n");
 }
 
 // Reads a non-negative whole number no larger than max; false on anything else.
@@ -39,6 +45,8 @@ int main(int argc, char** argv) {
     int version = 7500;
     bool binary = true;
     bool cornersGiven = false;
+    bool takesGiven = false;
+    fbx::CharacterOptions character;
 
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
@@ -48,10 +56,13 @@ int main(int argc, char** argv) {
             binary = false;
         } else if (arg == "--binary") {
             binary = true;
+        } else if (arg == "--character") {
+            preset = "character";
         } else if (arg == "--preset") {
             const char* v = value();
             preset = v ? v : "";
-            if (preset != "grid" && preset != "cube" && preset != "skinned") {
+            if (preset != "grid" && preset != "cube" && preset != "skinned" &&
+                preset != "character") {
                 std::fprintf(stderr, "fbxgen: unknown preset '%s'\n", preset.c_str());
                 PrintUsage();
                 return 2;
@@ -70,6 +81,12 @@ int main(int argc, char** argv) {
                 return 2;
             }
             version = static_cast<int>(n);
+        } else if (arg == "--bones") {
+            if (!ParseCount(value(), 1000, n) || n < 22) {
+                std::fprintf(stderr, "fbxgen: --bones needs a whole number from 22 to 1000\n");
+                return 2;
+            }
+            character.bones = static_cast<int>(n);
         } else if (arg == "--corners" || arg == "--clusters" || arg == "--takes" ||
                    arg == "--keys") {
             const unsigned long long max = arg == "--corners" ? 200000000ULL : 100000ULL;
@@ -85,6 +102,7 @@ int main(int argc, char** argv) {
                 options.clusters = static_cast<int>(n);
             } else if (arg == "--takes") {
                 options.takes = static_cast<int>(n);
+                takesGiven = true;
             } else {
                 options.keys = static_cast<int>(n);
             }
@@ -111,6 +129,17 @@ int main(int argc, char** argv) {
     fbx::SceneDescription scene;
     if (preset == "cube") {
         scene = fbx::MakeCubeScene(options.texture);
+        scene.password = options.password;
+    } else if (preset == "character") {
+        if (cornersGiven)
+            character.corners = options.corners;
+        if (takesGiven)
+            character.takes = options.takes;
+        if (character.corners > 2000000 || character.takes > 2) {
+            std::fprintf(stderr, "fbxgen: the character takes up to 2000000 corners and 2 takes\n");
+            return 2;
+        }
+        scene = fbx::MakeSkinnedCharacter(character);
         scene.password = options.password;
     } else {
         if (preset == "skinned") {

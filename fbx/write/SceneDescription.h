@@ -66,6 +66,21 @@ struct Skin {
     std::vector<Cluster> clusters;
 };
 
+// How a node's rotation angles combine: the letters name the axes in the order they apply,
+// so kXYZ is Rz * Ry * Rx (column vectors). kSphericXYZ is read as XYZ.
+enum RotationOrder { kXYZ, kXZY, kYZX, kYXZ, kZXY, kZYX, kSphericXYZ };
+
+// How a node inherits its parent's transform: kRrSs, kRSrs (the plain matrix product) or kRrs
+// (the parent's scale is not inherited).
+enum InheritType { kRrSs, kRSrs, kRrs };
+
+// A node's local transform is
+//   T * Roff * Rp * Rpre * R * Rpost^-1 * Rp^-1 * Soff * Sp * S * Sp^-1
+// (column vectors): translation, rotation offset and pivot, pre-rotation, rotation,
+// post-rotation, scaling offset and pivot, scaling. Pre- and post-rotation are Euler XYZ and
+// count only where rotationActive is set. The geometric transform moves the node's own
+// geometry only and is not inherited. Everything past `skin` is written only where it differs
+// from its default, as modelling tools do; out-of-range enum values are written as the default.
 struct Node {
     std::string name;
     NodeType type = NodeType::Null;
@@ -76,6 +91,20 @@ struct Node {
     Mesh mesh;                   // when type is Mesh
     std::vector<int> materials;  // indices into Scene::materials, in slot order
     Skin skin;                   // no clusters: not skinned
+
+    Vec3 rotationOffset = {0, 0, 0};
+    Vec3 rotationPivot = {0, 0, 0};
+    Vec3 scalingOffset = {0, 0, 0};
+    Vec3 scalingPivot = {0, 0, 0};
+    Vec3 preRotation = {0, 0, 0};   // degrees
+    Vec3 postRotation = {0, 0, 0};  // degrees
+    // Always written; set on every node, as Maya writes it (and as this writer always has).
+    bool rotationActive = true;
+    int rotationOrder = kXYZ;  // a RotationOrder
+    int inheritType = kRSrs;   // an InheritType; always written
+    Vec3 geometricTranslation = {0, 0, 0};
+    Vec3 geometricRotation = {0, 0, 0};  // degrees, Euler XYZ
+    Vec3 geometricScaling = {1, 1, 1};
 };
 
 enum class ShadingModel { Lambert, Phong };
@@ -107,10 +136,26 @@ struct Material {
     std::string layeredName;
 };
 
+// How a curve runs from one key to the next: holding the key's value (Constant), jumping to
+// the next key's value right away (ConstantNext), straight (Linear), or along the cubic the two
+// slopes describe (Cubic).
+enum class Interp { Constant, ConstantNext, Linear, Cubic };
+
 // Keys of one animated value: times in ticks, values in the property's unit.
+//
+// interpolation, rightSlopes and nextLeftSlopes are per key. With no interpolation at all,
+// every key is written linear with no slope data, as this writer always has; otherwise a key
+// past the end of `interpolation` is linear. Slopes are in value units per second: the slope
+// leaving key k and the one arriving at key k + 1; only cubic keys use them. A slope missing
+// from its vector is written as Maya writes it: the slope of the straight line to the next
+// key for linear keys (0 after the last key), else 0.
 struct Curve {
     std::vector<std::int64_t> times;
     std::vector<double> values;
+    // (Initialised here so that brace-initialising only times and values stays warning-free.)
+    std::vector<Interp> interpolation = {};
+    std::vector<double> rightSlopes = {};
+    std::vector<double> nextLeftSlopes = {};
     bool Empty() const { return times.empty(); }
 };
 

@@ -1,6 +1,7 @@
 #include "fbx/write/WriterLayout.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "fbx/format/Encode.h"
@@ -224,6 +225,83 @@ const char* TypeFlags(desc::NodeType type) {
         default:
             return "Null";
     }
+}
+
+std::vector<KeyShape> KeyShapes(const desc::Curve& curve, std::size_t n) {
+    n = std::min({n, curve.times.size(), curve.values.size()});
+    auto given = [](const std::vector<double>& slopes, std::size_t k, double fallback) {
+        return k < slopes.size() ? slopes[k] : fallback;
+    };
+    std::vector<KeyShape> shapes(n);
+    for (std::size_t k = 0; k < n; ++k) {
+        KeyShape& shape = shapes[k];
+        if (k < curve.interpolation.size()) {
+            switch (curve.interpolation[k]) {
+                case desc::Interp::Constant:
+                case desc::Interp::ConstantNext:
+                case desc::Interp::Linear:
+                case desc::Interp::Cubic:
+                    shape.interp = curve.interpolation[k];
+                    break;
+                default:  // a value outside the enum: linear
+                    break;
+            }
+        }
+        double line = 0;
+        if (k + 1 < n && curve.times[k + 1] > curve.times[k]) {
+            const double seconds = static_cast<double>(curve.times[k + 1] - curve.times[k]) /
+                                   static_cast<double>(desc::kTicksPerSecond);
+            line = (curve.values[k + 1] - curve.values[k]) / seconds;
+        }
+        const bool linear = shape.interp == desc::Interp::Linear;
+        shape.rightSlope = given(curve.rightSlopes, k, linear ? line : 0.0);
+        shape.nextLeftSlope = given(curve.nextLeftSlopes, k, linear ? line : 0.0);
+    }
+    return shapes;
+}
+
+float ToFloat(double v) {
+    constexpr double kMax = std::numeric_limits<float>::max();
+    if (v > kMax)
+        return std::numeric_limits<float>::infinity();
+    if (v < -kMax)
+        return -std::numeric_limits<float>::infinity();
+    return static_cast<float>(v);  // NaN stays NaN
+}
+
+std::vector<NodeProperty> NodeProperties(const desc::Node& node) {
+    std::vector<NodeProperty> props;
+    auto vector = [&](const char* name, const desc::Vec3& v, const desc::Vec3& unchanged) {
+        if (v != unchanged)
+            props.push_back({name, "Vector3D", "Vector", "", {D(v[0]), D(v[1]), D(v[2])}});
+    };
+    auto enumeration = [&](const char* name, int value) {
+        props.push_back({name, "enum", "", "", {I(value)}});
+    };
+    const desc::Vec3 zero = {0, 0, 0};
+    vector("RotationOffset", node.rotationOffset, zero);
+    vector("RotationPivot", node.rotationPivot, zero);
+    vector("ScalingOffset", node.scalingOffset, zero);
+    vector("ScalingPivot", node.scalingPivot, zero);
+    if (node.rotationOrder > desc::kXYZ && node.rotationOrder <= desc::kSphericXYZ)
+        enumeration("RotationOrder", node.rotationOrder);
+    vector("PreRotation", node.preRotation, zero);
+    vector("PostRotation", node.postRotation, zero);
+    props.push_back({"RotationActive", "bool", "", "", {I(node.rotationActive ? 1 : 0)}});
+    const bool inheritKnown = node.inheritType >= desc::kRrSs && node.inheritType <= desc::kRrs;
+    enumeration("InheritType", inheritKnown ? node.inheritType : desc::kRSrs);
+    props.push_back({"ScalingMax", "Vector3D", "Vector", "", {D(0), D(0), D(0)}});
+    vector("GeometricTranslation", node.geometricTranslation, zero);
+    vector("GeometricRotation", node.geometricRotation, zero);
+    vector("GeometricScaling", node.geometricScaling, {1, 1, 1});
+    props.push_back({"DefaultAttributeIndex", "int", "Integer", "", {I(0)}});
+    const std::pair<const char*, const desc::Vec3*> local[] = {
+        {"Lcl Translation", &node.translation},
+        {"Lcl Rotation", &node.rotation},
+        {"Lcl Scaling", &node.scaling}};
+    for (const auto& [name, v] : local)
+        props.push_back({name, name, "", "A", {D((*v)[0]), D((*v)[1]), D((*v)[2])}});
+    return props;
 }
 
 bool HasKeys(const std::array<desc::Curve, 3>& curves) {

@@ -48,6 +48,33 @@ std::vector<Record> MeshRecords(const desc::Mesh& mesh, int elementVersion);
 const char* ModelKind(desc::NodeType type);
 const char* TypeFlags(desc::NodeType type);
 
+// One key as the layouts write it: its interpolation and its two slopes (see desc::Curve).
+struct KeyShape {
+    desc::Interp interp = desc::Interp::Linear;
+    double rightSlope = 0;
+    double nextLeftSlope = 0;
+};
+// The shapes of the curve's first n keys; only for curves that name their interpolation.
+// Interpolation values outside the enum count as linear.
+std::vector<KeyShape> KeyShapes(const desc::Curve& curve, std::size_t n);
+// The nearest float (infinities for finite doubles beyond the float range).
+float ToFloat(double v);
+
+// One property of a node: the 7000+ layout writes all five parts, the older one leaves out
+// the label ("Vector", "Integer" or "").
+struct NodeProperty {
+    const char* name;
+    const char* type;
+    const char* label;
+    const char* flags;
+    std::vector<Value> values;
+};
+// A node's transform properties in the order Maya lists them. Those that keep their default
+// are left out, except the ones Maya writes on every node (RotationActive, InheritType,
+// ScalingMax, DefaultAttributeIndex and the local transform); enum values out of range are
+// written as their default.
+std::vector<NodeProperty> NodeProperties(const desc::Node& node);
+
 // The take's time span: as given, or that of its keys.
 void TakeSpan(const desc::Take& take, std::int64_t& start, std::int64_t& stop);
 bool HasKeys(const std::array<desc::Curve, 3>& curves);

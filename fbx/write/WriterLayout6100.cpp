@@ -93,23 +93,22 @@ private:
         m_Objects.push_back(GlobalSettings());
     }
 
+    static std::vector<Record> NodeProperties(const desc::Node& node) {
+        std::vector<Record> props;
+        for (NodeProperty& p : layout::NodeProperties(node))
+            props.push_back(Property(p.name, p.type, p.flags, std::move(p.values)));
+        props.push_back(Property("Visibility", "Visibility", "A", {D(1)}));
+        return props;
+    }
+
     Record ModelRecord(const desc::Node& node, const std::string& name) {
         Record model = Rec("Model", {S(name), S(ModelKind(node.type))});
-        model.children = {
-            Rec("Version", {I(232)}),
-            Rec("Properties60", {},
-                {Property("RotationActive", "bool", "", {I(1)}),
-                 Property("InheritType", "enum", "", {I(1)}),
-                 Property("ScalingMax", "Vector3D", "", V3({0, 0, 0})),
-                 Property("DefaultAttributeIndex", "int", "", {I(0)}),
-                 Property("Lcl Translation", "Lcl Translation", "A", V3(node.translation)),
-                 Property("Lcl Rotation", "Lcl Rotation", "A", V3(node.rotation)),
-                 Property("Lcl Scaling", "Lcl Scaling", "A", V3(node.scaling)),
-                 Property("Visibility", "Visibility", "A", {D(1)})}),
-            Rec("MultiLayer", {I(0)}),
-            Rec("MultiTake", {I(0)}),
-            Rec("Shading", {W(node.type == desc::NodeType::Mesh ? "T" : "Y")}),
-            Rec("Culling", {S("CullingOff")})};
+        model.children = {Rec("Version", {I(232)}),
+                          Rec("Properties60", {}, NodeProperties(node)),
+                          Rec("MultiLayer", {I(0)}),
+                          Rec("MultiTake", {I(0)}),
+                          Rec("Shading", {W(node.type == desc::NodeType::Mesh ? "T" : "Y")}),
+                          Rec("Culling", {S("CullingOff")})};
         if (node.type == desc::NodeType::Mesh) {
             for (Record& r : MeshRecords(node.mesh, 101))
                 model.children.push_back(std::move(r));
@@ -281,7 +280,10 @@ private:
         return defs;
     }
 
-    // One axis channel: its default, then the keys as time, value, 'L' (linear) triples.
+    // One axis channel: its default, then the keys as time, value and interpolation letter
+    // with what follows it at KeyVer 4005: 'L' (linear) nothing, 'C' (constant) 's' to hold
+    // the key's value or 'n' to take the next one's, 'U' (cubic) 's' with the right and next
+    // left slopes and 'n' for unweighted tangents.
     static Record AxisChannel(const char* axis, const desc::Curve& curve, double fallback) {
         Record channel = Rec("Channel", {S(axis)});
         const std::size_t n = std::min(curve.times.size(), curve.values.size());
@@ -289,12 +291,28 @@ private:
         if (n > 0) {
             channel.children.push_back(Rec("KeyVer", {I(4005)}));
             channel.children.push_back(Rec("KeyCount", {I(static_cast<std::int64_t>(n))}));
+            std::vector<KeyShape> shapes(n);  // all linear when the curve names none
+            if (!curve.interpolation.empty())
+                shapes = KeyShapes(curve, n);
             std::vector<Value> keys;
             keys.reserve(n * 3);
             for (std::size_t k = 0; k < n; ++k) {
                 keys.push_back(L(curve.times[k]));
                 keys.push_back(D(curve.values[k]));
-                keys.push_back(W("L"));
+                switch (shapes[k].interp) {
+                    case desc::Interp::Constant:
+                    case desc::Interp::ConstantNext:
+                        keys.push_back(W("C"));
+                        keys.push_back(W(shapes[k].interp == desc::Interp::Constant ? "s" : "n"));
+                        break;
+                    case desc::Interp::Cubic:
+                        keys.insert(keys.end(), {W("U"), W("s"), D(shapes[k].rightSlope),
+                                                 D(shapes[k].nextLeftSlope), W("n")});
+                        break;
+                    case desc::Interp::Linear:
+                        keys.push_back(W("L"));
+                        break;
+                }
             }
             channel.children.push_back(Rec("Key", std::move(keys)));
         }

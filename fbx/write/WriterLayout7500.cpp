@@ -1,6 +1,7 @@
 // The 7000+ layout: objects with 64-bit ids, property templates in Definitions, Properties70,
 // "C" connections, animation as stacks, layers, curve nodes and curves.
 #include <algorithm>
+#include <cstring>
 #include <map>
 
 #include "fbx/format/Encode.h"
@@ -22,8 +23,13 @@ std::vector<Value> V3(const desc::Vec3& v) {
     return {D(v[0]), D(v[1]), D(v[2])};
 }
 
-// Linear interpolation, as the vendor's SDK spells it in KeyAttrFlags.
-constexpr std::int32_t kLinearKeyFlags = 1028;
+// KeyAttrFlags as Maya writes them: the interpolation bit (0x02 constant, 0x04 linear, 0x08
+// cubic) with the tangent mode, user (0x400) for linear and cubic keys, "next" (0x100) for a
+// constant key that takes the next key's value.
+constexpr std::int32_t kConstantKeyFlags = 0x002;
+constexpr std::int32_t kConstantNextKeyFlags = 0x102;
+constexpr std::int32_t kLinearKeyFlags = 0x404;
+constexpr std::int32_t kCubicKeyFlags = 0x408;
 
 class Builder7500 {
 public:
@@ -82,18 +88,10 @@ private:
             const desc::Node& node = nodes[i];
             Record& model =
                 AddObject("Model", m_NodeIds[i], "Model", node.name, ModelKind(node.type));
-            model.children = {
-                Rec("Version", {I(232)}),
-                Rec("Properties70", {},
-                    {P("RotationActive", "bool", "", "", {I(1)}),
-                     P("InheritType", "enum", "", "", {I(1)}),
-                     P("ScalingMax", "Vector3D", "Vector", "", V3({0, 0, 0})),
-                     P("DefaultAttributeIndex", "int", "Integer", "", {I(0)}),
-                     P("Lcl Translation", "Lcl Translation", "", "A", V3(node.translation)),
-                     P("Lcl Rotation", "Lcl Rotation", "", "A", V3(node.rotation)),
-                     P("Lcl Scaling", "Lcl Scaling", "", "A", V3(node.scaling))}),
-                Rec("Shading", {W(node.type == desc::NodeType::Mesh ? "T" : "Y")}),
-                Rec("Culling", {S("CullingOff")})};
+            model.children = {Rec("Version", {I(232)}),
+                              Rec("Properties70", {}, NodeProperties(node)),
+                              Rec("Shading", {W(node.type == desc::NodeType::Mesh ? "T" : "Y")}),
+                              Rec("Culling", {S("CullingOff")})};
             if (node.type == desc::NodeType::Mesh) {
                 AddGeometry(node, m_NodeIds[i]);
             } else {
@@ -109,6 +107,13 @@ private:
             AddMaterial(i);
         for (std::size_t i = 0; i < m_Scene.takes.size(); ++i)
             AddTake(m_Scene.takes[i]);
+    }
+
+    static std::vector<Record> NodeProperties(const desc::Node& node) {
+        std::vector<Record> props;
+        for (NodeProperty& p : layout::NodeProperties(node))
+            props.push_back(P(p.name, p.type, p.label, p.flags, std::move(p.values)));
+        return props;
     }
 
     void AddNodeAttribute(const desc::Node& node, std::int64_t modelId) {
@@ -319,18 +324,79 @@ private:
             const std::size_t n = std::min(c.times.size(), c.values.size());
             std::vector<float> values(n);
             for (std::size_t k = 0; k < n; ++k)
-                values[k] = static_cast<float>(c.values[k]);
-            curve.children = {
-                Rec("Default", {D(defaults[axis])}),
-                Rec("KeyVer", {I(4009)}),
-                Rec("KeyTime", {Value::MakeArray(std::vector<std::int64_t>(c.times.begin(),
-                                                                           c.times.begin() + n))}),
-                Rec("KeyValueFloat", {Value::MakeArray(std::move(values))}),
-                Rec("KeyAttrFlags", {Ints(std::vector<std::int32_t>(n, kLinearKeyFlags))}),
-                Rec("KeyAttrDataFloat", {Value::MakeArray(std::vector<float>(n * 4, 0.0f))}),
-                Rec("KeyAttrRefCount", {Ints(std::vector<std::int32_t>(n, 1))})};
+                values[k] = ToFloat(c.values[k]);
+            curve.children = {Rec("Default", {D(defaults[axis])}), Rec("KeyVer", {I(4009)}),
+                              Rec("KeyTime", {Value::MakeArray(std::vector<std::int64_t>(
+                                                 c.times.begin(), c.times.begin() + n))}),
+                              Rec("KeyValueFloat", {Value::MakeArray(std::move(values))})};
+            if (c.interpolation.empty()) {
+                curve.children.push_back(
+                    Rec("KeyAttrFlags", {Ints(std::vector<std::int32_t>(n, kLinearKeyFlags))}));
+                curve.children.push_back(
+                    Rec("KeyAttrDataFloat", {Value::MakeArray(std::vector<float>(n * 4, 0.0f))}));
+                curve.children.push_back(
+                    Rec("KeyAttrRefCount", {Ints(std::vector<std::int32_t>(n, 1))}));
+            } else {
+                AddKeyAttributes(curve, KeyShapes(c, n));
+            }
             ConnectOP(curveId, id, kAxes[axis]);
         }
+    }
+
+    // One attribute (flags and four floats) per run of keys that share them, as the vendor's
+    // SDK merges them: right slope, next key's left slope, both tangent weights at their
+    // default of one third (packed as two 16-bit ten-thousandths) and no velocity. ASCII
+    // files print the floats as the integers that share their bits.
+    void AddKeyAttributes(Record& curve, const std::vector<KeyShape>& shapes) const {
+        constexpr std::uint32_t kDefaultWeights = 0x0D050D05;  // 3333 and 3333
+        std::vector<std::int32_t> flags, counts;
+        std::vector<std::uint32_t> bits;
+        for (const KeyShape& shape : shapes) {
+            const std::int32_t flag = KeyFlags(shape.interp);
+            const std::uint32_t data[4] = {FloatBits(ToFloat(shape.rightSlope)),
+                                           FloatBits(ToFloat(shape.nextLeftSlope)), kDefaultWeights,
+                                           0};
+            if (!flags.empty() && flags.back() == flag &&
+                std::equal(data, data + 4, bits.end() - 4)) {
+                ++counts.back();
+                continue;
+            }
+            flags.push_back(flag);
+            counts.push_back(1);
+            bits.insert(bits.end(), data, data + 4);
+        }
+        Value data;
+        if (m_Binary) {
+            std::vector<float> floats(bits.size());
+            if (!bits.empty())
+                std::memcpy(floats.data(), bits.data(), bits.size() * sizeof(float));
+            data = Value::MakeArray(std::move(floats));
+        } else {
+            data = Ints(std::vector<std::int32_t>(bits.begin(), bits.end()));
+        }
+        curve.children.push_back(Rec("KeyAttrFlags", {Ints(std::move(flags))}));
+        curve.children.push_back(Rec("KeyAttrDataFloat", {std::move(data)}));
+        curve.children.push_back(Rec("KeyAttrRefCount", {Ints(std::move(counts))}));
+    }
+
+    static std::int32_t KeyFlags(desc::Interp interp) {
+        switch (interp) {
+            case desc::Interp::Constant:
+                return kConstantKeyFlags;
+            case desc::Interp::ConstantNext:
+                return kConstantNextKeyFlags;
+            case desc::Interp::Cubic:
+                return kCubicKeyFlags;
+            case desc::Interp::Linear:
+                break;
+        }
+        return kLinearKeyFlags;
+    }
+
+    static std::uint32_t FloatBits(float f) {
+        std::uint32_t bits;
+        std::memcpy(&bits, &f, sizeof bits);
+        return bits;
     }
 
     Record GlobalSettings() const {
