@@ -1,4 +1,6 @@
-// Feed for the engine's model import: an FBX file all the way into a Model.
+// Feed for the engine's model import: an FBX file all the way into a Model, in the authored
+// look, so its records are also evaluated: node transforms, curves and skinning.
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -6,6 +8,8 @@
 #include "fuzz/ScratchFile.h"
 #include "import/SceneImport.h"
 #include "model/Model.h"
+#include "model/Pose.h"
+#include "model/Skinning.h"
 
 namespace fuzzing {
 
@@ -25,6 +29,46 @@ void Check(bool promise, const char* what) {
     }
 }
 
+bool AllFinite(const std::vector<float>& values) {
+    for (float v : values) {
+        if (!std::isfinite(v))
+            return false;
+    }
+    return true;
+}
+
+// Poses the authored records at the stored pose and at the first, middle and last frame of
+// every take, skinning every mesh: nothing may be out of range or non-finite.
+void PoseAuthored(const AuthoredScene& scene) {
+    for (const AuthoredMesh& mesh : scene.m_Meshes) {
+        Check(mesh.m_CornerNormals.size() == mesh.m_CornerPoints.size() * 3,
+              "a corner without its normal");
+        for (std::uint32_t corner : mesh.m_Triangles)
+            Check(corner < mesh.m_CornerPoints.size(), "a triangle names a missing corner");
+        for (const MaterialRange& range : mesh.m_Ranges)
+            Check(range.m_First + static_cast<std::size_t>(range.m_Count) <=
+                      mesh.m_Triangles.size(),
+                  "a material range runs past the triangles");
+    }
+    std::vector<int> frames = {-1};
+    for (const TakeSpan& take : scene.m_Takes) {
+        frames.push_back(take.m_FirstFrame);
+        frames.push_back(take.m_FirstFrame + (take.m_LastFrame - take.m_FirstFrame) / 2);
+        frames.push_back(take.m_LastFrame);
+    }
+    std::vector<Matrix4> world;
+    std::vector<float> positions, normals;
+    for (int frame : frames) {
+        EvaluateWorld(scene, BlendedFrameTime(scene, frame, frame + 1, 0.5f), world);
+        for (const Matrix4& m : world)
+            Check(m.IsFinite(), "a node's world transform is not finite");
+        for (const AuthoredMesh& mesh : scene.m_Meshes) {
+            SkinMesh(scene, mesh, world, positions, normals);
+            Check(AllFinite(positions) && AllFinite(normals), "a skinned corner is not finite");
+        }
+    }
+}
+
 }  // namespace
 
 ModelOutcome FeedModelImport(const std::uint8_t* data, std::size_t size) {
@@ -34,7 +78,9 @@ ModelOutcome FeedModelImport(const std::uint8_t* data, std::size_t size) {
     if (!file.Write(data, size))
         return outcome;
     Model model;
-    ImportModelFile(file.Path(), &model);
+    ImportModelFile(file.Path(), &model, ModelLook::Authored);
+    if (model.m_Authored)
+        PoseAuthored(*model.m_Authored);
 
     outcome.meshes = model.m_Meshes.size();
     outcome.nodes = model.m_Nodes.size();

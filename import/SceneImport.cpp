@@ -5,6 +5,7 @@
 
 #include "fbx/sdk/fbxsdk.h"
 #include "import/AnimationLoader.h"
+#include "import/AuthoredImport.h"
 #include "import/BoneHierarchy.h"
 #include "import/MeshLoader.h"
 
@@ -175,7 +176,7 @@ void WalkNodeAt(ImportContext* context, KFbxNode* node, int depth) {
 
 }  // namespace
 
-void ImportModelFile(const std::string& fileName, Model* model) {
+void ImportModelFile(const std::string& fileName, Model* model, ModelLook look) {
     ImportContext context;
     context.Manager = KFbxSdkManager::Create();
     context.Scene = KFbxScene::Create(context.Manager, "");
@@ -186,6 +187,8 @@ void ImportModelFile(const std::string& fileName, Model* model) {
         Model copy = LoadModel(&context);
         (void)copy;  // the walk filled *model; the copy is part of the interface only
     }
+    if (look == ModelLook::Authored && context.Scene)
+        ImportAuthoredScene(*context.Scene, *model);
     context.Manager->Destroy();
     context.Manager = nullptr;
 }

@@ -6,6 +6,7 @@
 
 #include "import/ImportContext.h"
 #include "model/Model.h"
+#include "model/ModelLook.h"
 
 class KFbxNode;
 
@@ -22,4 +23,7 @@ void WalkNode(ImportContext* context, KFbxNode* node);
 
 // The whole import of one model file into model, in the engine's calling order: manager
 // and scene made, LoadScene, LoadModel (its copy discarded), manager destroyed.
-void ImportModelFile(const std::string& fileName, Model* model);
+// In the authored look the scene's authored records are built too (ImportAuthoredScene),
+// silently: the console report is the same in both looks.
+void ImportModelFile(const std::string& fileName, Model* model,
+                     ModelLook look = ModelLook::Classic);

@@ -53,7 +53,7 @@ enum TransformChannel : int {
 
 // Curves of one node in one take: an index into AuthoredScene::m_Curves per channel, -1 where
 // the channel keeps the node's own value.
-using ChannelCurves = std::array<int, kChannelCount>;
+using NodeTakeCurves = std::array<int, kChannelCount>;
 
 // One take of the file ("Default" is never one) and the game frames it is played at: frame
 // m_FirstFrame shows m_Start, each further frame one game tick (1/15 s) later.
@@ -91,7 +91,7 @@ struct TransformNode {
     double m_GeometricRotation[3] = {0.0, 0.0, 0.0};
     double m_GeometricScaling[3] = {1.0, 1.0, 1.0};
     // One entry per take of AuthoredScene::m_Takes, or empty when no take animates the node.
-    std::vector<ChannelCurves> m_TakeCurves;
+    std::vector<NodeTakeCurves> m_TakeCurves;
 };
 
 // A material as the authored look draws it (colours with their alpha in [3]).

@@ -9,7 +9,7 @@ namespace {
 constexpr double kMaxTakeFrames = 1.0e7;
 
 // The channel value of a node in a take: its curve's value, else the node's own.
-double ChannelValue(const AuthoredScene& scene, const ChannelCurves* curves, int channel,
+double ChannelValue(const AuthoredScene& scene, const NodeTakeCurves* curves, int channel,
                     double own, double seconds) {
     if (!curves)
         return own;
@@ -182,11 +182,14 @@ void EvaluateWorld(const AuthoredScene& scene, const PoseTime& time, std::vector
     world.assign(count, Matrix4());
     // Each node's world rotation alone, for the inherit types that take the parent's scale
     // apart from its rotation; and its current local scaling, for Rrs children.
-    std::vector<Matrix4> worldRotation(count);
-    std::vector<Matrix4> localScaling(count);
+    // Kept between calls, so posing every frame allocates nothing once they have grown.
+    static thread_local std::vector<Matrix4> worldRotation;
+    static thread_local std::vector<Matrix4> localScaling;
+    worldRotation.resize(count);
+    localScaling.resize(count);
     for (std::size_t i = 0; i < count; ++i) {
         const TransformNode& node = scene.m_Nodes[i];
-        const ChannelCurves* curves = nullptr;
+        const NodeTakeCurves* curves = nullptr;
         if (time.m_Take >= 0 && static_cast<std::size_t>(time.m_Take) < node.m_TakeCurves.size())
             curves = &node.m_TakeCurves[static_cast<std::size_t>(time.m_Take)];
         double t[3], r[3], s[3];

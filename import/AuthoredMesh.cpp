@@ -1,0 +1,190 @@
+#include "import/AuthoredMesh.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "fbx/sdk/fbxsdk.h"
+#include "import/AuthoredMaterial.h"
+#include "import/AuthoredSkin.h"
+
+namespace {
+
+// The direct-array index an element gives for one corner, through its index array when it
+// has one; -1 for mappings the element cannot answer.
+template <class Element>
+int ElementIndex(const Element& element, int controlPoint, int polygon, int corner) {
+    int index = -1;
+    switch (element.GetMappingMode()) {
+        case KFbxLayerElement::eBY_CONTROL_POINT:
+            index = controlPoint;
+            break;
+        case KFbxLayerElement::eBY_POLYGON_VERTEX:
+            index = corner;
+            break;
+        case KFbxLayerElement::eBY_POLYGON:
+            index = polygon;
+            break;
+        case KFbxLayerElement::eALL_SAME:
+            index = 0;
+            break;
+        default:
+            return -1;
+    }
+    if (element.GetReferenceMode() != KFbxLayerElement::eDIRECT) {
+        if (index < 0 || index >= element.GetIndexArray().GetCount())
+            return -1;
+        index = element.GetIndexArray().GetAt(index);
+    }
+    return index >= 0 && index < element.GetDirectArray().GetCount() ? index : -1;
+}
+
+// The first element of a kind over the mesh's layers.
+template <class Element>
+const Element* FirstElement(const KFbxMesh& mesh, Element* (KFbxLayer::*get)() const) {
+    for (int l = 0; l < mesh.GetLayerCount(); ++l) {
+        const KFbxLayer* layer = mesh.GetLayer(l);
+        if (layer && (layer->*get)())
+            return (layer->*get)();
+    }
+    return nullptr;
+}
+
+const KFbxLayerElementUV* FirstUVs(const KFbxMesh& mesh) {
+    for (int l = 0; l < mesh.GetLayerCount(); ++l) {
+        const KFbxLayer* layer = mesh.GetLayer(l);
+        if (layer && layer->GetUVs())
+            return layer->GetUVs();
+    }
+    return nullptr;
+}
+
+// The unit normal of a polygon's corners (Newell's method, so any polygon gets one); zero
+// when the corners span no plane.
+void FaceNormal(const std::vector<float>& points, const std::vector<std::uint32_t>& corners,
+                std::size_t first, std::size_t count, float (&normal)[3]) {
+    double n[3] = {0.0, 0.0, 0.0};
+    for (std::size_t k = 0; k < count; ++k) {
+        const float* a = &points[corners[first + k] * 3];
+        const float* b = &points[corners[first + (k + 1) % count] * 3];
+        n[0] += (static_cast<double>(a[1]) - b[1]) * (static_cast<double>(a[2]) + b[2]);
+        n[1] += (static_cast<double>(a[2]) - b[2]) * (static_cast<double>(a[0]) + b[0]);
+        n[2] += (static_cast<double>(a[0]) - b[0]) * (static_cast<double>(a[1]) + b[1]);
+    }
+    const double length = std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
+    for (int i = 0; i < 3; ++i)
+        normal[i] =
+            length > 0.0 && std::isfinite(length) ? static_cast<float>(n[i] / length) : 0.0f;
+}
+
+bool FiniteNormal(const KFbxVector4& v) {
+    return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]) &&
+           (v[0] != 0.0 || v[1] != 0.0 || v[2] != 0.0);
+}
+
+}  // namespace
+
+void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, AuthoredScene& out) {
+    const KFbxMesh* source = node.GetMesh();
+    if (!source)
+        return;
+    const KFbxMesh& mesh = *source;
+    AuthoredMesh target;
+    target.m_Node = index;
+    target.m_Name = node.GetName();
+
+    const int pointCount = std::max(0, mesh.GetControlPointsCount());
+    const KFbxVector4* points = mesh.GetControlPoints();
+    target.m_Points.assign(static_cast<std::size_t>(pointCount) * 3, 0.0f);
+    for (int p = 0; points && p < pointCount; ++p) {
+        for (int i = 0; i < 3; ++i) {
+            const double v = points[p][i];
+            target.m_Points[static_cast<std::size_t>(p) * 3 + i] =
+                std::isfinite(v) ? static_cast<float>(v) : 0.0f;
+        }
+    }
+
+    target.m_Materials = ReadAuthoredMaterials(node);
+    const KFbxLayerElementNormal* normals = FirstElement(mesh, &KFbxLayer::GetNormals);
+    const KFbxLayerElementUV* uvs = FirstUVs(mesh);
+    const KFbxLayerElementMaterial* materials = FirstElement(mesh, &KFbxLayer::GetMaterials);
+
+    // Triangles by material slot; -1 (the default material) is kept in the last list.
+    const std::size_t slots = target.m_Materials.size() + 1;
+    std::vector<std::vector<std::uint32_t>> triangles(slots);
+    const int polygonCount = mesh.GetPolygonCount();
+    int running = 0;
+    for (int p = 0; p < polygonCount; ++p) {
+        const int size = mesh.GetPolygonSize(p);
+        const int first = running;
+        running += std::max(0, size);
+        bool valid = size >= 3;
+        for (int k = 0; valid && k < size; ++k) {
+            const int cp = mesh.GetPolygonVertex(p, k);
+            valid = cp >= 0 && cp < pointCount;
+        }
+        if (!valid)
+            continue;
+        const std::size_t base = target.m_CornerPoints.size();
+        for (int k = 0; k < size; ++k)
+            target.m_CornerPoints.push_back(
+                static_cast<std::uint32_t>(mesh.GetPolygonVertex(p, k)));
+        float face[3];
+        FaceNormal(target.m_Points, target.m_CornerPoints, base, static_cast<std::size_t>(size),
+                   face);
+        for (int k = 0; k < size; ++k) {
+            const int cp = mesh.GetPolygonVertex(p, k);
+            const int index = normals ? ElementIndex(*normals, cp, p, first + k) : -1;
+            const KFbxVector4 n =
+                index >= 0 ? normals->GetDirectArray().GetAt(index) : KFbxVector4();
+            const bool own = index >= 0 && FiniteNormal(n);
+            for (int i = 0; i < 3; ++i)
+                target.m_CornerNormals.push_back(own ? static_cast<float>(n[i]) : face[i]);
+            const int uv = uvs ? ElementIndex(*uvs, cp, p, first + k) : -1;
+            const KFbxVector2 value = uv >= 0 ? uvs->GetDirectArray().GetAt(uv) : KFbxVector2();
+            target.m_CornerUVs.push_back(std::isfinite(value[0]) ? static_cast<float>(value[0])
+                                                                 : 0.0f);
+            target.m_CornerUVs.push_back(std::isfinite(value[1]) ? static_cast<float>(value[1])
+                                                                 : 0.0f);
+        }
+        int slot = target.m_Materials.empty() ? -1 : 0;
+        if (materials) {
+            int index = -1;
+            switch (materials->GetMappingMode()) {
+                case KFbxLayerElement::eBY_POLYGON:
+                    index = materials->GetIndexArray().GetAt(p);
+                    break;
+                case KFbxLayerElement::eALL_SAME:
+                    index = materials->GetIndexArray().GetAt(0);
+                    break;
+                default:
+                    index = 0;
+                    break;
+            }
+            slot = index >= 0 && static_cast<std::size_t>(index) < target.m_Materials.size() ? index
+                                                                                             : -1;
+        }
+        std::vector<std::uint32_t>& list =
+            triangles[slot >= 0 ? static_cast<std::size_t>(slot) : slots - 1];
+        // A fan over the polygon's corners.
+        for (int k = 1; k + 1 < size; ++k) {
+            list.push_back(static_cast<std::uint32_t>(base));
+            list.push_back(static_cast<std::uint32_t>(base + k));
+            list.push_back(static_cast<std::uint32_t>(base + k + 1));
+        }
+    }
+    for (std::size_t s = 0; s < slots; ++s) {
+        if (triangles[s].empty())
+            continue;
+        MaterialRange range;
+        range.m_Material = s + 1 < slots ? static_cast<int>(s) : -1;
+        range.m_First = static_cast<std::uint32_t>(target.m_Triangles.size());
+        range.m_Count = static_cast<std::uint32_t>(triangles[s].size());
+        target.m_Triangles.insert(target.m_Triangles.end(), triangles[s].begin(),
+                                  triangles[s].end());
+        target.m_Ranges.push_back(range);
+    }
+
+    ReadAuthoredSkin(mesh, nodes, out, target);
+    out.m_Meshes.push_back(std::move(target));
+}
