@@ -6,6 +6,7 @@
 
 #include <cstdio>
 
+#include "render/AuthoredDraw.h"
 #include "render/Draw.h"
 #include "shell/FrameTimer.h"
 #include "shell/KeyboardInput.h"
@@ -23,6 +24,10 @@ void DrawFrame(Game& game) {
     gluPerspective(45.0, aspect, static_cast<double>(0.1f), 10000.0);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
+    if (game.m_ModelLook == ModelLook::Authored) {
+        DrawAuthoredModels(game.m_DrawList);
+        return;
+    }
     // No push between models: each is placed relative to the ones drawn before it.
     for (Model* model : game.m_DrawList) {
         if (model != nullptr) {

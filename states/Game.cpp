@@ -1,5 +1,6 @@
 #include "states/Game.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -19,6 +20,37 @@ namespace {
 // First character of a value; NUL for an empty one.
 char FirstCharacter(const std::string& text) {
     return text.empty() ? '\0' : text[0];
+}
+
+constexpr std::size_t kShownLookChars = 80;
+
+// The look the table asks for; classic without a "model_look" element. Surrounding blanks
+// are ignored; any other value is named on the console and gives the classic look.
+ModelLook ReadModelLook(xercesc::DOMDocument* document) {
+    const XmlTagName tag("model_look");
+    if (document->getElementsByTagName(tag.Get())->getLength() == 0) {
+        return ModelLook::Classic;
+    }
+    std::string value = GetTagText(document, "model_look");
+    const char* blanks = " \t\r\n";
+    value.erase(0, value.find_first_not_of(blanks));
+    value.erase(value.find_last_not_of(blanks) + 1);
+    if (value == "authored") {
+        return ModelLook::Authored;
+    }
+    if (value != "classic") {
+        // One line whatever the value holds: breaks become blanks, a long value is cut.
+        std::replace_if(
+            value.begin(), value.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+        if (value.size() > kShownLookChars) {
+            value = value.substr(0, kShownLookChars) + "...";
+        }
+        std::printf(
+            "Unknown model_look \"%s\": expected \"classic\" or \"authored\"; using the "
+            "classic look.\n",
+            value.c_str());
+    }
+    return ModelLook::Classic;
 }
 }  // namespace
 
@@ -90,6 +122,8 @@ void Game::LoadStates() {
     const std::string reload = GetTagText(m_Data, "reload_action");
     m_ReloadKey = reload.empty() ? static_cast<char>(0xFF) : reload[0];
     m_PauseKey = FirstCharacter(GetTagText(m_Data, "pause_game"));
+    // Every state imports its models in this look, the loader too.
+    m_ModelLook = ReadModelLook(m_Data);
 
     const std::string loader = GetTagText(m_Data, "loader");
     if (!loader.empty()) {

@@ -11,6 +11,7 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/HandlerBase.hpp>
 
+#include "model/ModelLook.h"
 #include "states/Keyboard.h"
 
 class GameState;
@@ -30,7 +31,8 @@ public:
     explicit Game(std::string statesFile);
     virtual ~Game();
 
-    // (Re)reads the state table named by m_StatesFile.
+    // (Re)reads the state table named by m_StatesFile. An unknown model look is named in one
+    // console line and the classic look is used.
     void LoadStates();
 
     // Whether a stored key character was pressed in this frame. Only codes 0 to 127 can
@@ -75,4 +77,7 @@ public:
     Keyboard m_Keyboard;
     Viewport m_Viewport;
     std::list<Model*> m_DrawList;
+    // How models are imported and drawn: from the optional "model_look" element ("classic",
+    // the default, or "authored"); read before any state is loaded.
+    ModelLook m_ModelLook = ModelLook::Classic;
 };

@@ -1,5 +1,6 @@
 #include "states/GameState.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -28,6 +29,30 @@ int ReadNumber(xercesc::DOMDocument* document, const char* tagName) {
 
 int ReadChildNumber(xercesc::DOMElement* element, const char* tagName) {
     return std::atoi(GetChildTagText(element, tagName).c_str());
+}
+
+// The frame the state's running action shows at the next tick, stepped as the action pass
+// steps it: on to the next frame, wrapping to the start before the end frame; a frame past
+// the end, or a state without a running action, stays where it is.
+int NextFrame(const GameState& state) {
+    const auto action = state.m_Actions.find(state.m_CurrentAction);
+    const int frame = state.m_CurrentFrame;
+    if (action == state.m_Actions.end() || action->second == nullptr ||
+        frame > action->second->m_EndFrame) {
+        return frame;
+    }
+    const long long next = static_cast<long long>(frame) + 1;
+    return next >= action->second->m_EndFrame ? action->second->m_StartFrame : frame + 1;
+}
+
+// How far the game is from the last tick to the next one, 0 to 1.
+float TickFraction(const Game& game) {
+    if (game.m_TickRate <= 0 || game.m_TickRate > 1000) {
+        return 0.0f;  // every frame ticks
+    }
+    const float fraction =
+        static_cast<float>(game.m_TickAccumulator) / static_cast<float>(1000 / game.m_TickRate);
+    return std::clamp(fraction, 0.0f, 1.0f);
 }
 
 // A library failure while loading is formatted but never shown; the state goes on with
@@ -157,17 +182,24 @@ void GameState::ReadActions() {
 void GameState::LoadModelFile(const std::string& url) {
     auto* model = new Model();
     // A file that cannot be read still leaves its (empty) model in the state.
-    ImportModelFile(url, model);
+    ImportModelFile(url, model, m_Game != nullptr ? m_Game->m_ModelLook : ModelLook::Classic);
     m_Models.push_back(model);
 }
 
 void GameState::SubmitModels() {
+    const bool authored = m_Game != nullptr && m_Game->m_ModelLook == ModelLook::Authored;
+    const int nextFrame = authored ? NextFrame(*this) : 0;
+    const float fraction = authored ? TickFraction(*m_Game) : 0.0f;
     for (Model* model : m_Models) {
         for (int i = 0; i < 3; ++i) {
             model->m_Rotation[i] = m_Rotation[i];
             model->m_Position[i] = m_Position[i];
         }
         model->m_Frame = m_CurrentFrame;
+        if (authored) {
+            model->m_NextFrame = nextFrame;
+            model->m_FrameFraction = fraction;
+        }
         if (m_Game != nullptr) {
             m_Game->m_DrawList.push_back(model);
         }
