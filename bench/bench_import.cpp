@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "bench/BenchFiles.h"
+#include "bench/CharacterBench.h"
 #include "bench/FrameBench.h"
 #include "bench/Importers.h"
 #include "bench/PeakMemory.h"
@@ -28,6 +30,10 @@
 namespace {
 
 constexpr int kFrameModels = 64;
+// The crowd of skinned, animated characters drawn in both looks.
+constexpr int kCrowd = 16;
+constexpr std::size_t kCharacterCorners = 5000;
+constexpr int kCharacterBones = 30;
 constexpr std::size_t kFrameModelCorners = 16384;
 
 std::vector<std::uint8_t> ReadAll(const std::string& path) {
@@ -118,6 +124,19 @@ void SteadyFrame(benchmark::State& state, FrameScene* scene) {
         scene->DrawFrame();
 }
 
+// Steady frames of the crowd: the game's clock moves on by each frame's real duration.
+void CrowdFrame(benchmark::State& state, CharacterCrowd* crowd) {
+    crowd->DrawFrame(0);  // compiles what is compiled once
+    int elapsed = 16;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        crowd->DrawFrame(elapsed);
+        elapsed = static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                       std::chrono::steady_clock::now() - start)
+                                       .count());
+    }
+}
+
 std::string Cell(double value, const char* format) {
     if (value < 0)
         return "-";
@@ -174,6 +193,7 @@ int main(int argc, char** argv) {
 
     // A smaller model for the frame benchmark, drawn many times.
     std::unique_ptr<FrameScene> frameScene;
+    std::unique_ptr<CharacterCrowd> authoredCrowd, classicCrowd;
     if (frames && OpenFrameWindow(restCount, rest.data())) {
         fbx::SyntheticOptions small;
         small.corners = kFrameModelCorners;
@@ -186,6 +206,18 @@ int main(int argc, char** argv) {
             return 1;
         }
         frameScene = std::make_unique<FrameScene>(path, kFrameModels);
+
+        fbx::CharacterOptions character;
+        character.corners = kCharacterCorners;
+        character.bones = kCharacterBones;
+        const std::string characterPath = dataDir + "/character_7500_binary.fbx";
+        if (!fbx::WriteFile(characterPath, fbx::MakeSkinnedCharacter(character), 7500, true)) {
+            std::fprintf(stderr, "cannot write %s\n", characterPath.c_str());
+            return 1;
+        }
+        authoredCrowd =
+            std::make_unique<CharacterCrowd>(characterPath, ModelLook::Authored, kCrowd);
+        classicCrowd = std::make_unique<CharacterCrowd>(characterPath, ModelLook::Classic, kCrowd);
     } else if (frames) {
         std::printf("No X display: frame benchmarks skipped (scripts/bench.sh starts Xvfb).\n");
     }
@@ -227,6 +259,14 @@ int main(int argc, char** argv) {
         benchmark::RegisterBenchmark("Frame/steady", SteadyFrame, frameScene.get())
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
+        benchmark::RegisterBenchmark("Crowd/authored", CrowdFrame, authoredCrowd.get())
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->MinTime(2.0);
+        benchmark::RegisterBenchmark("Crowd/classic", CrowdFrame, classicCrowd.get())
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime()
+            ->MinTime(2.0);
     }
 
     benchmark::Initialize(&restCount, rest.data());
@@ -286,6 +326,17 @@ int main(int argc, char** argv) {
         std::printf("  first frame (lists compiled) %s ms, steady frame %s ms\n",
                     Cell(reporter.Get("Frame/first") * 1e3, "%.1f").c_str(),
                     Cell(reporter.Get("Frame/steady") * 1e3, "%.2f").c_str());
+        const double authored = reporter.Get("Crowd/authored");
+        const double classic = reporter.Get("Crowd/classic");
+        std::printf(
+            "Crowd: %d skinned, animated characters of %zu corners and %zu bones, 640x480\n",
+            authoredCrowd->Count(), authoredCrowd->Corners(), authoredCrowd->Bones());
+        std::printf(
+            "  authored look steady frame %s ms (%s frames/s); classic look %s ms (%s frames/s)\n",
+            Cell(authored * 1e3, "%.2f").c_str(),
+            Cell(authored > 0 ? 1.0 / authored : -1, "%.0f").c_str(),
+            Cell(classic * 1e3, "%.2f").c_str(),
+            Cell(classic > 0 ? 1.0 / classic : -1, "%.0f").c_str());
     }
     return 0;
 }
