@@ -45,8 +45,8 @@ using Boxes = std::map<std::string, Box>;
 
 // Each assimp node's meshes (faces of three or more corners) under its world transform,
 // leaving out the root's own transform, where assimp puts whole-scene conversions.
-void CollectAssimp(const aiScene& scene, const aiNode& node, const aiMatrix4x4& parent,
-                   bool root, Boxes& boxes) {
+void CollectAssimp(const aiScene& scene, const aiNode& node, const aiMatrix4x4& parent, bool root,
+                   Boxes& boxes) {
     const aiMatrix4x4 world = root ? parent : parent * node.mTransformation;
     for (unsigned m = 0; m < node.mNumMeshes; ++m) {
         const aiMesh& mesh = *scene.mMeshes[node.mMeshes[m]];
@@ -86,9 +86,9 @@ TEST(AuthoredCorpus, MeshesLandWhereAssimpPutsThem) {
     auto* import = library ? reinterpret_cast<const aiScene* (*)(const char*, unsigned)>(
                                  dlsym(library, "aiImportFile"))
                            : nullptr;
-    auto* release = library ? reinterpret_cast<void (*)(const aiScene*)>(
-                                  dlsym(library, "aiReleaseImport"))
-                            : nullptr;
+    auto* release =
+        library ? reinterpret_cast<void (*)(const aiScene*)>(dlsym(library, "aiReleaseImport"))
+                : nullptr;
     if (!import || !release)
         GTEST_SKIP() << "libassimp is not installed";
     int compared = 0;
