@@ -1,8 +1,8 @@
-// The demo game played through one run of the real engine, in this order: its start-up report,
-// its window and title, moving, turning and zooming the arena, state switches and the return key,
-// the robot's jump and wave, and last a reload that shows an edited state file and the window
-// closing. Set DEMO_SCREENSHOT=FILE.png to keep a picture of the robot waving (docs/demo.png is
-// made so).
+// The demo game, drawn in the authored look, played through one run of the real engine, in this
+// order: its start-up report, its window and title, moving, turning and zooming the arena, state
+// switches and the return key, the character's walk and wave, and last a reload that shows an
+// edited state file and the window closing. Set DEMO_SCREENSHOT=FILE.png to keep a picture of
+// the character waving (docs/demo.png is made so).
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -19,6 +19,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::SizeIs;
 
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
@@ -99,7 +100,10 @@ TEST_F(DemoPlayTest, StartUpReportNamesTheDemoModelsPartsAndTheCentredWindowShow
         }
     }
     ASSERT_GE(urls.size(), 4u) << "the loader, the title and two play states each show a model";
-    std::map<std::string, int> boneKeys;  // over the takes other than "Default"
+    // A skeleton node's key count is, take by take ("Default" left out), that of its scaling X
+    // curve, else its rotation X curve, else its translation X curve.
+    std::map<std::string, int> boneKeys;
+    std::map<std::string, std::pair<int, int>> takeFrames;  // of the stage's model
     for (const std::string& url : urls) {
         SCOPED_TRACE(url);
         const std::string info = RunCommand(std::string(FBXINFO_EXECUTABLE) + " '" +
@@ -116,22 +120,40 @@ TEST_F(DemoPlayTest, StartUpReportNamesTheDemoModelsPartsAndTheCentredWindowShow
             boneKeys[bone[1]] = 0;
         }
         for (const std::smatch& curves :
-             Matches(info, R"re(curves "([^"]*)" "([^"]*)" T (\d+))re")) {
-            boneKeys[curves[2]] += curves[1] == "Default" ? 0 : std::stoi(curves[3]);
+             Matches(info,
+                     R"re(curves "([^"]*)" "([^"]*)" T (\S+) \S+ \S+ R (\S+) \S+ \S+ S (\S+))re")) {
+            const std::string counted = curves[5] != "-"   ? curves[5]
+                                        : curves[4] != "-" ? curves[4]
+                                                           : curves[3];
+            boneKeys[curves[2]] +=
+                curves[1] == "Default" || counted == "-" ? 0 : std::stoi(counted);
+        }
+        for (const std::smatch& take :
+             Matches(info, R"re(take "([^"]*)"\n  frames (\d+) to (\d+))re")) {
+            takeFrames[take[1]] = {std::stoi(take[2]), std::stoi(take[3])};
         }
     }
-    EXPECT_FALSE(boneKeys.empty()) << "one of the demo's models is animated through its skeleton";
-    const std::string stage = ReadWholeFile(kAssets / "stage.xml");
-    const std::vector<std::smatch> ends = Matches(stage, "<End_Frame>(-?[0-9]+)<");
-    EXPECT_GT(ends.size(), 2u);
+    EXPECT_FALSE(boneKeys.empty()) << "one of the demo's models has a skeleton";
     for (const auto& [bone, keys] : boneKeys) {
         EXPECT_THAT(output, HasSubstr("Added animation for " + bone + " with " +
-                                      std::to_string(keys) + " keys.\n"))
-            << bone;
-        // The robot's key frames cover every frame range of its stage: a frame past the last
-        // key would show its parts unplaced.
-        for (const std::smatch& end : ends) {
-            EXPECT_LT(std::stoi(end[1]), keys) << bone;
+                                      std::to_string(keys) + " keys.\n"));
+    }
+    // The stage's actions named like a take play its frames as fbxinfo numbers them; every
+    // other action starts outside every take, where the character stands in its stored pose.
+    ASSERT_THAT(takeFrames, SizeIs(2));
+    const std::string stage = ReadWholeFile(kAssets / "stage.xml");
+    const std::vector<std::smatch> actions =
+        Matches(stage, R"re(<Name>(\w+)</Name>(?:\s*<(?:Trigger|Event)>[^<]*</\w+>)*)re"
+                       R"re(\s*<Start_Frame>(-?\d+)</Start_Frame>\s*<End_Frame>(-?\d+)<)re");
+    EXPECT_EQ(actions.size(), 15u);
+    for (const std::smatch& action : actions) {
+        const int start = std::stoi(action[2]);
+        if (const auto take = takeFrames.find(action[1]); take != takeFrames.end()) {
+            EXPECT_EQ(std::make_pair(start, std::stoi(action[3])), take->second) << action[1];
+        }
+        for (const auto& [name, frames] : takeFrames) {
+            EXPECT_TRUE(name == action[1] || start < frames.first || start > frames.second)
+                << action[1] << " starts inside " << name;
         }
     }
     EXPECT_THAT(output, Not(HasSubstr("Failed to"))) << "a model or a texture bitmap is missing";
@@ -221,50 +243,71 @@ TEST_F(DemoPlayTest, EventKeysSwitchStatesAndTheReturnKeyBringsTheTitleBack) {
         << "the return key shows the title as it was at the start";
 }
 
-TEST_F(DemoPlayTest, RobotJumpsAndWavesOnItsKeysAndFallsBackToIdling) {
+TEST_F(DemoPlayTest, CharacterWalksAndWavesOnItsKeysAndFallsBackToStanding) {
     Switch("g", Title());
     Switch("n", s_Session->StablePicture());
-    std::this_thread::sleep_for(milliseconds(300));
-    // Idling only breathes: the robot's top stays within a few pixels.
-    const WindowPicture idle = s_Session->Capture();
-    const LitMeasure rest = MeasureLit(idle);
+    // Standing in its stored pose the character keeps still; it is the topmost lit thing.
+    const WindowPicture standing = s_Session->StablePicture();
+    const LitMeasure rest = MeasureLit(standing);
+    const int headX = static_cast<int>(
+        MeasureLit(standing, {0, rest.m_Top, standing.m_Width, rest.m_Top + 40}).m_X);
     ASSERT_GT(rest.m_Count, 5000);
+    // The head's top row and its middle.
+    const auto head = [&](const WindowPicture& p) {
+        const LitMeasure all = MeasureLit(p);
+        return std::make_pair(all.m_Top,
+                              MeasureLit(p, {0, all.m_Top, p.m_Width, all.m_Top + 40}).m_X);
+    };
 
-    // Held, c keeps the robot crouched at the jump's first key; let go, it leaps and lands.
-    const auto jumped = std::chrono::steady_clock::now();
+    // c walks on the spot: arms and legs swing from picture to picture, the head stays put.
     s_Session->Hold("c", kKeyHold);
-    const auto risen = [&](const WindowPicture& p) {
-        return MeasureLit(p).m_Top < rest.m_Top - 30;
-    };
-    EXPECT_TRUE(risen(s_Session->WaitForPicture(risen, milliseconds(1200))))
-        << "the robot rises well above where it stood";
-    std::this_thread::sleep_until(jumped + milliseconds(1300));
+    std::vector<WindowPicture> walk;
+    for (int i = 0; i < 10; ++i) {
+        std::this_thread::sleep_for(milliseconds(150));
+        walk.push_back(s_Session->Capture());
+    }
+    int changes = 0, stepped = 0;
+    for (std::size_t i = 0; i < walk.size(); ++i) {
+        SCOPED_TRACE(i);
+        changes += i > 0 && DifferingPixels(walk[i], walk[i - 1]) > 150;
+        stepped += DifferingPixels(walk[i], standing) > 400;
+        const auto [top, x] = head(walk[i]);
+        EXPECT_LE(std::abs(top - rest.m_Top), 10) << "the body stays in place";
+        EXPECT_LE(std::abs(x - headX), 10);
+    }
+    EXPECT_GE(changes, 6) << "the picture moves on while the walk runs";
+    EXPECT_GE(stepped, 8) << "the limbs leave the standing pose";
 
-    // The jump runs on into the wave and then the idle loop: the robot stands again.
-    const WindowPicture settled = s_Session->WaitForPicture(
-        [&](const WindowPicture& p) { return std::abs(MeasureLit(p).m_Top - rest.m_Top) <= 6; },
-        milliseconds(4000));
-    EXPECT_LE(std::abs(MeasureLit(settled).m_Top - rest.m_Top), 6);
-    std::this_thread::sleep_for(milliseconds(1500));
-
-    // v raises one arm beside the head and waves it; the body stays where it is. Standing,
-    // only the antenna reaches above the head.
-    const WindowPicture beforeWave = s_Session->Capture();
-    const PictureRegion overHead{0, rest.m_Top, idle.m_Width, rest.m_Top + 20};
-    const int antenna = MeasureLit(beforeWave, overHead).m_Count;
-    const auto raised = [&](const WindowPicture& p) {
-        return MeasureLit(p, overHead).m_Count > antenna + 150;
+    // The walk runs on into the wave and then the standing frame: the picture comes back.
+    const auto stands = [&](const WindowPicture& p) {
+        return DifferingPixels(p, standing) < Hundredth(standing) / 10;
     };
+    EXPECT_TRUE(stands(s_Session->WaitForPicture(stands, milliseconds(6000))))
+        << "the character stands again after the walk and the wave";
+
+    // v raises a hand above the head, beside it, and waves it; then it stands again.
     s_Session->Hold("v", kKeyHold);
-    const WindowPicture widest = s_Session->WaitForPicture(raised, milliseconds(900));
-    EXPECT_TRUE(raised(widest)) << "the arm goes up beside the head";
-    EXPECT_LE(std::abs(MeasureLit(widest).m_Bottom - MeasureLit(beforeWave).m_Bottom), 4)
-        << "the feet stay on the stage while waving";
+    const auto raised = [&](const WindowPicture& p) {
+        return MeasureLit(p).m_Top < rest.m_Top - 8;
+    };
+    const WindowPicture waving = s_Session->WaitForPicture(raised, milliseconds(1500));
+    EXPECT_TRUE(raised(waving)) << "the hand goes up above the head";
+    const LitMeasure hand = MeasureLit(waving, {0, 0, waving.m_Width, rest.m_Top - 2});
+    EXPECT_GT(std::abs(hand.m_X - headX), 15) << "beside the head, not on it";
+    // Below the hands (the figure is about 215 pixels tall) only the legs, the stage and the
+    // crates show, and they do not move.
+    const PictureRegion legs{0, rest.m_Top + 140, waving.m_Width, waving.m_Height};
+    const LitMeasure legsNow = MeasureLit(waving, legs), legsBefore = MeasureLit(standing, legs);
+    EXPECT_NEAR(legsNow.m_Count, legsBefore.m_Count, legsBefore.m_Count / 100)
+        << "the legs stay as they stood while waving";
+    EXPECT_NEAR(legsNow.m_X, legsBefore.m_X, 1.0);
 
     if (const char* keep = std::getenv("DEMO_SCREENSHOT"); keep != nullptr && *keep != '\0') {
         RunCommand("import -window " + std::to_string(s_Session->Window()) + " '" + keep + "'");
         EXPECT_TRUE(fs::exists(keep)) << keep;
     }
+    EXPECT_TRUE(stands(s_Session->WaitForPicture(stands, milliseconds(4000))))
+        << "and back to standing after the wave";
 }
 
 TEST_F(DemoPlayTest, ReloadKeyShowsAnEditedStateFileAndClosingEndsTheGame) {
