@@ -51,6 +51,17 @@ struct BitmapOutcome {
 };
 BitmapOutcome FeedBitmap(const std::uint8_t* data, std::size_t size);
 
+// DecodeImage on the bytes with small limits (2048 pixels a side, 16 MB of pixels), then a
+// walk over every decoded pixel.
+struct ImageOutcome {
+    bool decoded = false;
+    std::string error;  // the decoder's reason when it refused
+    int width = 0;
+    int height = 0;
+    bool hasAlpha = false;
+};
+ImageOutcome FeedImage(const std::uint8_t* data, std::size_t size);
+
 // The bytes as a state file loaded by a GameState of that game.
 struct StateOutcome {
     std::string name;

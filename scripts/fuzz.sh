@@ -2,8 +2,8 @@
 # Builds the libFuzzer targets with clang in build-fuzz and runs each one in turn.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]
 # SECONDS per target (default 600); TARGET among fuzz_parse fuzz_import fuzz_bitmap
-# fuzz_states (default all). Seeds: the FBX corpus, fuzz/seeds/, Assets/ and the kept
-# regression inputs. The growing corpus stays in build-fuzz/corpus/<target>; anything a
+# fuzz_image fuzz_states (default all). Seeds: the FBX corpus, fuzz/seeds/, Assets/ and the
+# kept regression inputs. The growing corpus stays in build-fuzz/corpus/<target>; anything a
 # target finds lands in build-fuzz/findings/<target>/ (copy it to
 # tests/fuzz/regressions/<target>/ once fixed). One fuzzer at a time, one process each.
 set -euo pipefail
@@ -13,7 +13,7 @@ seconds=${1:-600}
 shift || true
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(fuzz_parse fuzz_import fuzz_bitmap fuzz_states)
+  targets=(fuzz_parse fuzz_import fuzz_bitmap fuzz_image fuzz_states)
 fi
 
 ./scripts/install-deps.sh
@@ -30,6 +30,7 @@ seeds_for() {
     fuzz_parse | fuzz_import)
       echo "$corpus_fbx/fbx $corpus_fbx/fbx-malformed $root/fuzz/seeds/fbx" ;;
     fuzz_bitmap) echo "$root/fuzz/seeds/bitmap" ;;
+    fuzz_image) echo "$root/fuzz/seeds/image" ;;
     fuzz_states) echo "$root/fuzz/seeds/states" ;;
   esac
   echo "$root/Assets $root/tests/fuzz/regressions/$1"
@@ -48,6 +49,7 @@ dict_for() {
   case "$1" in
     fuzz_parse | fuzz_import) echo "$root/fuzz/fbx.dict" ;;
     fuzz_bitmap) echo "$root/fuzz/bmp.dict" ;;
+    fuzz_image) echo "$root/fuzz/image.dict" ;;
     fuzz_states) echo "$root/fuzz/xml.dict" ;;
   esac
 }

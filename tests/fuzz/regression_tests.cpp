@@ -59,6 +59,13 @@ TEST(FuzzRegressions, DamagedInputsEndWithAResultOrAMessage) {
         const fuzzing::BitmapOutcome outcome = fuzzing::FeedBitmap(bytes.data(), bytes.size());
         EXPECT_TRUE(!outcome.read || outcome.imageSize <= bytes.size()) << outcome.imageSize;
     });
+    // An image is either decoded within the feed's limits or refused with a reason.
+    ForEachInput("tests/fuzz/regressions/fuzz_image", [](const Bytes& bytes) {
+        const fuzzing::ImageOutcome outcome = fuzzing::FeedImage(bytes.data(), bytes.size());
+        EXPECT_EQ(outcome.decoded, outcome.error.empty()) << outcome.error;
+        EXPECT_LE(outcome.width, 2048);
+        EXPECT_LE(outcome.height, 2048);
+    });
     // State files and tables leave the game running.
     Game& game = fuzzing::SharedGame();
     ForEachInput("tests/fuzz/regressions/fuzz_states", [&](const Bytes& bytes) {
@@ -85,8 +92,17 @@ TEST(FuzzSeeds, SeedsReadWhole) {
         EXPECT_TRUE(outcome.read);
         EXPECT_EQ(outcome.imageSize, bytes.size() - 54);  // the rows with their padding
     });
+    // Every image seed is a small picture of one of the four formats.
+    const auto images = ForEachInput("fuzz/seeds/image", [](const Bytes& bytes) {
+        EXPECT_LT(bytes.size(), 2048u);
+        const fuzzing::ImageOutcome outcome = fuzzing::FeedImage(bytes.data(), bytes.size());
+        EXPECT_TRUE(outcome.decoded) << outcome.error;
+        EXPECT_GT(outcome.width, 0);
+        EXPECT_GT(outcome.height, 0);
+    });
     EXPECT_GT(fbx, 0u);
     EXPECT_GT(bitmaps, 0u);
+    EXPECT_GE(images, 12u);
 
     const fs::path seeds = fs::path(ENGINE_SOURCE_DIR) / "fuzz/seeds/states";
     const Bytes state = ReadBytes(seeds / "state_actions.xml");
