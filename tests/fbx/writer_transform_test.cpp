@@ -265,37 +265,6 @@ TEST_P(WriterLayouts, KeysAsMayaWritesThem) {
     EXPECT_EQ(curves[1]->Child("KeyAttrRefCount")->Ints(), (std::vector<std::int64_t>{1, 3}));
 }
 
-// Curves whose key data does not add up still give files that read back: extra entries are
-// dropped, an interpolation outside the enum is linear, slopes beyond the float range become
-// infinite in 7000+ files.
-TEST_P(WriterLayouts, OddCurvesStillWrite) {
-    desc::Curve curve = {{300, 200, 100}, {1, 2, 1e300}};
-    curve.interpolation = {desc::Interp::Cubic, static_cast<desc::Interp>(9), desc::Interp::Linear,
-                           desc::Interp::Cubic};
-    curve.rightSlopes = {1e300, NAN};
-    SceneDescription scene;
-    scene.AddNode("Odd", desc::NodeType::Null);
-    scene.takes.resize(1);
-    scene.takes[0].name = "Take 001";
-    scene.takes[0].nodes.resize(1);
-    scene.takes[0].nodes[0].node = 0;
-    scene.takes[0].nodes[0].rotation[2] = curve;
-
-    const Document written = WriteAndParse(scene, "writer_odd_keys");
-    std::vector<Key> keys;
-    if (std::get<0>(GetParam()) < 7000) {
-        const Record* take = Child(*Child(written.root, "Takes"), "Take");
-        const Record* transform = Child(*Child(*take, "Model"), "Channel", "Transform");
-        keys = KeysOfChannel(*Child(*Child(*transform, "Channel", "R"), "Channel", "Z"));
-    } else {
-        keys = KeysOfCurve(*Curves(written).at(0));
-    }
-    ASSERT_EQ(keys.size(), 3u);
-    EXPECT_EQ(keys[0].kind + keys[1].kind + keys[2].kind, "ULL");
-    // Pre-7000 keys hold doubles.
-    EXPECT_EQ(keys[0].right, std::get<0>(GetParam()) < 7000 ? 1e300 : INFINITY);
-}
-
 INSTANTIATE_TEST_SUITE_P(LayoutsAndEncodings, WriterLayouts,
                          ::testing::Combine(::testing::Values(6100, 7500), ::testing::Bool()));
 

@@ -443,41 +443,4 @@ TEST(ImageDecode, DamagedFilesAreRefusedWithAReason) {
     EXPECT_EQ(first.r + first.g + first.b, 255);
 }
 
-TEST(ImageDecode, EveryTruncationAndRandomBytesNeverCrash) {
-    const Bytes valid[] = {MakePng(PngKind::Interlaced),
-                           MakePng(PngKind::PaletteTrns),
-                           MakeJpeg(false, true),
-                           MakeJpeg(true, false),
-                           MakeTga(TgaKind::Rle24),
-                           MakeTga(TgaKind::Palette),
-                           MakeBmp(8),
-                           MakeBmp(32, true)};
-    for (const Bytes& full : valid)
-        for (std::size_t cut = 0; cut < full.size(); ++cut) {
-            DecodedImage image;
-            std::string error;
-            if (Decode(Bytes(full.begin(), full.begin() + cut), image, &error))
-                EXPECT_EQ(image.m_Pixels.size(), std::size_t(image.m_Width) * image.m_Height * 4);
-            else
-                EXPECT_FALSE(error.empty());
-        }
-    std::mt19937 random(7);
-    for (int i = 0; i < 2000; ++i) {
-        Bytes bytes(random() % 600);
-        for (auto& b : bytes)
-            b = std::uint8_t(random());
-        // Half of them start like one of the formats.
-        const Bytes& like = valid[i % 8];
-        if (i % 2 == 0)
-            std::copy(like.begin(), like.begin() + std::min<std::size_t>(bytes.size(), 18),
-                      bytes.begin());
-        DecodedImage image;
-        std::string error;
-        if (Decode(bytes, image, &error))
-            EXPECT_EQ(image.m_Pixels.size(), std::size_t(image.m_Width) * image.m_Height * 4);
-        else
-            EXPECT_FALSE(error.empty());
-    }
-}
-
 }  // namespace
