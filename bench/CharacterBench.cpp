@@ -2,10 +2,10 @@
 
 #include <GL/freeglut.h>
 #include <GL/gl.h>
-#include <GL/glu.h>
 
 #include <list>
 
+#include "bench/FrameBench.h"
 #include "bench/Importers.h"
 #include "import/SceneImport.h"
 #include "model/Pose.h"
@@ -13,8 +13,6 @@
 #include "render/Draw.h"
 
 namespace {
-constexpr int kWidth = 640;
-constexpr int kHeight = 480;
 constexpr int kColumns = 4;
 }  // namespace
 
@@ -62,12 +60,7 @@ void CharacterCrowd::DrawFrame(int elapsedMs) {
         model.m_FrameFraction = static_cast<float>(m_GameTimeMs) / static_cast<float>(tick);
     }
 
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    gluPerspective(45.0, static_cast<double>(kWidth) / kHeight, 0.1, 10000.0);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    BeginFrame();
     if (m_Look == ModelLook::Authored) {
         std::list<Model*> drawList;
         for (Model& model : m_Models)

@@ -73,13 +73,17 @@ void FrameScene::Reset() {
     }
 }
 
-void FrameScene::DrawFrame() {
+void BeginFrame() {
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     gluPerspective(45.0, static_cast<double>(kWidth) / kHeight, 0.1, 10000.0);
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
+}
+
+void FrameScene::DrawFrame() {
+    BeginFrame();
     for (Model& model : m_Models)
         DrawModel(model);
     glutSwapBuffers();

@@ -12,6 +12,10 @@
 // when there is no X display.
 bool OpenFrameWindow(int& argc, char** argv);
 
+// Clears the window and sets the engine's projection and an identity model-view matrix, as
+// the frame loop does before drawing its models.
+void BeginFrame();
+
 // copies models made from one model file, placed in a row in front of the camera.
 class FrameScene {
 public:

@@ -39,22 +39,13 @@ int ElementIndex(const Element& element, int controlPoint, int polygon, int corn
     return index >= 0 && index < element.GetDirectArray().GetCount() ? index : -1;
 }
 
-// The first element of a kind over the mesh's layers.
-template <class Element>
-const Element* FirstElement(const KFbxMesh& mesh, Element* (KFbxLayer::*get)() const) {
+// The first element of a kind over the mesh's layers; `get` picks it from a layer.
+template <class Get>
+auto FirstElement(const KFbxMesh& mesh, Get get) -> decltype(get(*mesh.GetLayer(0))) {
     for (int l = 0; l < mesh.GetLayerCount(); ++l) {
         const KFbxLayer* layer = mesh.GetLayer(l);
-        if (layer && (layer->*get)())
-            return (layer->*get)();
-    }
-    return nullptr;
-}
-
-const KFbxLayerElementUV* FirstUVs(const KFbxMesh& mesh) {
-    for (int l = 0; l < mesh.GetLayerCount(); ++l) {
-        const KFbxLayer* layer = mesh.GetLayer(l);
-        if (layer && layer->GetUVs())
-            return layer->GetUVs();
+        if (layer && get(*layer))
+            return get(*layer);
     }
     return nullptr;
 }
@@ -105,9 +96,12 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
     }
 
     target.m_Materials = ReadAuthoredMaterials(node);
-    const KFbxLayerElementNormal* normals = FirstElement(mesh, &KFbxLayer::GetNormals);
-    const KFbxLayerElementUV* uvs = FirstUVs(mesh);
-    const KFbxLayerElementMaterial* materials = FirstElement(mesh, &KFbxLayer::GetMaterials);
+    const KFbxLayerElementNormal* normals =
+        FirstElement(mesh, [](const KFbxLayer& l) { return l.GetNormals(); });
+    const KFbxLayerElementUV* uvs =
+        FirstElement(mesh, [](const KFbxLayer& l) { return l.GetUVs(); });
+    const KFbxLayerElementMaterial* materials =
+        FirstElement(mesh, [](const KFbxLayer& l) { return l.GetMaterials(); });
 
     // Triangles by material slot; -1 (the default material) is kept in the last list.
     const std::size_t slots = target.m_Materials.size() + 1;

@@ -79,6 +79,15 @@ Matrix4 Transposed(const Matrix4& m) {
     return result;
 }
 
+// The local transform around an already composed rotation (Rpre * R * Rpost^-1).
+Matrix4 ComposeLocal(const TransformNode& node, const double (&translation)[3],
+                     const Matrix4& rotation, const double (&scaling)[3]) {
+    return Matrix4::Translation(translation) * Matrix4::Translation(node.m_RotationOffset) *
+           Matrix4::Translation(node.m_RotationPivot) * rotation * Negated(node.m_RotationPivot) *
+           Matrix4::Translation(node.m_ScalingOffset) * Matrix4::Translation(node.m_ScalingPivot) *
+           Matrix4::Scaling(scaling) * Negated(node.m_ScalingPivot);
+}
+
 }  // namespace
 
 void NumberTakeFrames(std::vector<TakeSpan>& takes) {
@@ -164,11 +173,7 @@ float EvaluateCurve(const AnimCurve& curve, double seconds) {
 
 Matrix4 LocalTransform(const TransformNode& node, const double (&translation)[3],
                        const double (&rotation)[3], const double (&scaling)[3]) {
-    return Matrix4::Translation(translation) * Matrix4::Translation(node.m_RotationOffset) *
-           Matrix4::Translation(node.m_RotationPivot) * LocalRotation(node, rotation) *
-           Negated(node.m_RotationPivot) * Matrix4::Translation(node.m_ScalingOffset) *
-           Matrix4::Translation(node.m_ScalingPivot) * Matrix4::Scaling(scaling) *
-           Negated(node.m_ScalingPivot);
+    return ComposeLocal(node, translation, LocalRotation(node, rotation), scaling);
 }
 
 Matrix4 GeometricTransform(const TransformNode& node) {
@@ -199,8 +204,8 @@ void EvaluateWorld(const AuthoredScene& scene, const PoseTime& time, std::vector
             r[a] = ChannelValue(scene, curves, kRotationX + a, node.m_Rotation[a], time.m_Seconds);
             s[a] = ChannelValue(scene, curves, kScalingX + a, node.m_Scaling[a], time.m_Seconds);
         }
-        const Matrix4 local = LocalTransform(node, t, r, s);
         const Matrix4 rotation = LocalRotation(node, r);
+        const Matrix4 local = ComposeLocal(node, t, rotation, s);
         localScaling[i] = Matrix4::Scaling(s);
 
         const int parent = node.m_Parent;

@@ -11,6 +11,7 @@
 
 #include "model/Pose.h"
 #include "model/Skinning.h"
+#include "render/Draw.h"
 
 namespace {
 
@@ -52,11 +53,6 @@ const AuthoredMaterial* RangeMaterial(const AuthoredMesh& mesh, const MaterialRa
 bool IsBlended(const AuthoredMesh& mesh, const MaterialRange& range) {
     const AuthoredMaterial* material = RangeMaterial(mesh, range);
     return material != nullptr && material->m_Blended;
-}
-
-bool HasBlendedRange(const AuthoredMesh& mesh) {
-    return std::any_of(mesh.m_Ranges.begin(), mesh.m_Ranges.end(),
-                       [&](const MaterialRange& range) { return IsBlended(mesh, range); });
 }
 
 // Sets the material on both faces and, for a textured one, binds its texture and turns
@@ -163,7 +159,7 @@ unsigned int CompileList(const AuthoredMesh& mesh, bool blended) {
 // its blended ones into another.
 void CompileMesh(AuthoredMesh& mesh) {
     mesh.m_OpaqueList = CompileList(mesh, false);
-    if (mesh.m_OpaqueList != 0 && HasBlendedRange(mesh)) {
+    if (mesh.m_OpaqueList != 0 && mesh.HasBlended()) {
         mesh.m_BlendedList = CompileList(mesh, true);
     }
 }
@@ -213,14 +209,6 @@ bool IsPlaceable(const Model& model) {
     return true;
 }
 
-// The model's own placement, as the classic look places a model.
-void PlaceModel(const Model& model) {
-    glTranslatef(model.m_Position[0], model.m_Position[1], model.m_Position[2]);
-    glRotatef(model.m_Rotation[0], 1.0f, 0.0f, 0.0f);
-    glRotatef(model.m_Rotation[1], 0.0f, 1.0f, 0.0f);
-    glRotatef(model.m_Rotation[2], 0.0f, 0.0f, 1.0f);
-}
-
 // The mesh's geometry to model space: its node's world and geometric transforms. False
 // when the node is not there or the product is not finite.
 bool NodeMatrix(const AuthoredScene& scene, const AuthoredMesh& mesh,
@@ -253,7 +241,7 @@ void DrawOpaque(Model& model, FrameScratch& scratch, std::size_t& skinnedUsed) {
             SkinnedCorners& corners = scratch.m_Skinned[skinnedUsed];
             SkinMesh(scene, mesh, scratch.m_World, corners.m_Positions, corners.m_Normals);
             DrawSkinnedRanges(mesh, corners, false);
-            if (HasBlendedRange(mesh)) {
+            if (mesh.HasBlended()) {
                 scratch.m_Blended.push_back(
                     {&model, &mesh, Matrix4(), static_cast<int>(skinnedUsed)});
             }

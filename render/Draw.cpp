@@ -76,12 +76,16 @@ void CompileMesh(Mesh& mesh) {
 
 }  // namespace
 
-bool DrawModel(Model& model) {
-    // No push before these: each model is placed relative to the models drawn before it.
+void PlaceModel(const Model& model) {
     glTranslatef(model.m_Position[0], model.m_Position[1], model.m_Position[2]);
     glRotatef(model.m_Rotation[0], 1.0f, 0.0f, 0.0f);
     glRotatef(model.m_Rotation[1], 0.0f, 1.0f, 0.0f);
     glRotatef(model.m_Rotation[2], 0.0f, 0.0f, 1.0f);
+}
+
+bool DrawModel(Model& model) {
+    // No push before these: each model is placed relative to the models drawn before it.
+    PlaceModel(model);
     glPushMatrix();
     DrawMeshes(model);
     glPopMatrix();

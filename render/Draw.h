@@ -4,6 +4,10 @@
 
 #include "model/Model.h"
 
+// Composes the model's translation, then its rotation about X, Y and Z, onto the current
+// model-view matrix.
+void PlaceModel(const Model& model);
+
 // Composes the model's translation and rotation onto the current model-view matrix (they are
 // not undone afterwards, so models drawn one after the other accumulate), then draws its
 // meshes inside a push/pop. Always returns false.

@@ -7,40 +7,35 @@
 #include "fbx/sdk/Material.h"
 #include "fbx/sdk/Mesh.h"
 
-double KFCurve::KeyGetValue(int index) const {
+const KFCurve::Key& KFCurve::KeyAt(int index) const {
+    static const Key kNone;
     if (index < 0 || index >= KeyGetCount())
-        return 0.0;
-    return m_Keys[static_cast<std::size_t>(index)].value;
+        return kNone;
+    return m_Keys[static_cast<std::size_t>(index)];
+}
+
+double KFCurve::KeyGetValue(int index) const {
+    return KeyAt(index).value;
 }
 
 KTime KFCurve::KeyGetTime(int index) const {
-    if (index < 0 || index >= KeyGetCount())
-        return KTime();
-    return m_Keys[static_cast<std::size_t>(index)].time;
+    return KeyAt(index).time;
 }
 
 int KFCurve::KeyGetInterpolation(int index) const {
-    if (index < 0 || index >= KeyGetCount())
-        return KFCURVE_INTERPOLATION_LINEAR;
-    return m_Keys[static_cast<std::size_t>(index)].interpolation;
+    return KeyAt(index).interpolation;
 }
 
 int KFCurve::KeyGetConstantMode(int index) const {
-    if (index < 0 || index >= KeyGetCount())
-        return KFCURVE_CONSTANT_STANDARD;
-    return m_Keys[static_cast<std::size_t>(index)].constantMode;
+    return KeyAt(index).constantMode;
 }
 
 double KFCurve::KeyGetRightDerivative(int index) const {
-    if (index < 0 || index >= KeyGetCount())
-        return 0.0;
-    return m_Keys[static_cast<std::size_t>(index)].rightSlope;
+    return KeyAt(index).rightSlope;
 }
 
 double KFCurve::KeyGetLeftDerivative(int index) const {
-    if (index < 1 || index >= KeyGetCount())
-        return 0.0;
-    return m_Keys[static_cast<std::size_t>(index) - 1].nextLeftSlope;
+    return index >= 1 ? KeyAt(index - 1).nextLeftSlope : 0.0;
 }
 
 KFbxNodeAttribute* KFbxNodeAttribute::Create(KFbxSdkManager* manager, const char* name,

@@ -55,6 +55,9 @@ public:
 
 private:
     friend class fbx::SceneBuilder;
+    // Key i, or a default key (time and value 0, linear, no slopes) for an index out of range.
+    const Key& KeyAt(int index) const;
+
     std::vector<Key> m_Keys;
     double m_Default = 0.0;
 };
