@@ -1,6 +1,6 @@
 // fbxinfo FILE: prints a summary of an FBX file's scene (version, takes and the game frames
-// each plays at, nodes, meshes, materials, textures, skins, take curves). Exits 0 when the
-// file was read, 1 with the reason otherwise.
+// each plays at, nodes, meshes, materials, textures and where their images are, skins, take
+// curves). Exits 0 when the file was read, 1 with the reason otherwise.
 #include <cstdio>
 #include <vector>
 

@@ -1,8 +1,10 @@
 // ASCII encoding of the record tree, in the vendor's layout: tab indentation,
 // `Name: values {` blocks, "*N { a: ... }" arrays from 7000 on, long lists broken after a
-// comma, strings with &quot; for a double quote.
+// comma, strings with &quot; for a double quote, raw bytes (embedded images) as quoted base64
+// on a line of their own after a comma: `Content: ,` then ` "iVBORw0KGgo..."`.
 #include <cctype>
 #include <charconv>
+#include <cstdint>
 
 #include "fbx/format/Encode.h"
 
@@ -56,12 +58,19 @@ private:
                     first = false;
                 continue;
             }
+            if (value.Type() == ValueType::Raw) {
+                m_Out += ",\n \"";
+                m_LineStart = m_Out.size() - 2;
+                AppendBase64(value.AsText());
+                m_Out += '"';
+                first = false;
+                continue;
+            }
             if (!first) {
                 m_Out += ',';
                 BreakLongLine();
             }
-            const bool text = value.Type() == ValueType::String || value.Type() == ValueType::Raw;
-            if (text && !first)
+            if (value.Type() == ValueType::String && !first)
                 m_Out += ' ';
             WriteScalar(value);
             first = false;
@@ -132,6 +141,31 @@ private:
             default:
                 WriteQuoted(value.AsText());
                 break;
+        }
+    }
+
+    void AppendBase64(const std::string& bytes) {
+        static const char kAlphabet[] =
+            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        m_Out.reserve(m_Out.size() + (bytes.size() + 2) / 3 * 4);
+        std::size_t i = 0;
+        auto at = [&bytes](std::size_t k) {
+            return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[k]));
+        };
+        for (; i + 3 <= bytes.size(); i += 3) {
+            const std::uint32_t bits = at(i) << 16 | at(i + 1) << 8 | at(i + 2);
+            m_Out += kAlphabet[bits >> 18 & 63];
+            m_Out += kAlphabet[bits >> 12 & 63];
+            m_Out += kAlphabet[bits >> 6 & 63];
+            m_Out += kAlphabet[bits & 63];
+        }
+        const std::size_t rest = bytes.size() - i;
+        if (rest > 0) {
+            const std::uint32_t bits = at(i) << 16 | (rest == 2 ? at(i + 1) << 8 : 0);
+            m_Out += kAlphabet[bits >> 18 & 63];
+            m_Out += kAlphabet[bits >> 12 & 63];
+            m_Out += rest == 2 ? kAlphabet[bits >> 6 & 63] : '=';
+            m_Out += '=';
         }
     }
 

@@ -41,7 +41,8 @@ std::vector<std::uint8_t> WriteBinary(const Document& document,
                                       const BinaryWriteOptions& options = {});
 
 // ASCII text, starting with the "; FBX 7.5.0 project file" comment. From 7000 on typed arrays
-// are written "*N { a: ... }"; before, as plain number lists.
+// are written "*N { a: ... }"; before, as plain number lists. Raw values are written as base64,
+// as real files write embedded images (a "Content" record's reads back as Raw).
 std::string WriteAscii(const Document& document);
 
 // How an object is named in each encoding: "pCube1\x00\x01Model" or "Model::pCube1".

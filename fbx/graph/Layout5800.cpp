@@ -1,8 +1,9 @@
 // The oldest layout (5800 files, and the 5000-era ones before them): no Objects section, but
 // top-level Model records with their materials inside them, "Children" lists naming each
 // model's children, and meshes written as Vertices, PolygonVertexIndex, Normals,
-// GeometryUVInfo and Materials records of the Model. The graph restates them as Model,
-// Material and Geometry objects with layer elements, as a 7000+ file holds them.
+// GeometryUVInfo and Materials records of the Model; video clips sit in a top-level
+// `Media { Video { Video: "name" {...} } }` section. The graph restates them as Model,
+// Material, Geometry and Video objects, as a 7000+ file holds them.
 #include <set>
 #include <utility>
 #include <vector>
@@ -221,6 +222,41 @@ void ObjectGraph::AddModelGeometry(std::size_t model, const Record& rec,
     object.id = nextSynthetic--;
     object.record = &geometry;
     Connect(AddObject(std::move(object)), model, "");
+}
+
+// The clips of the top-level Media section, grouped in a "Video" record (or listed directly),
+// become Video objects named "Video::name", unless an object of that name exists already.
+void ObjectGraph::ReadMediaVideos() {
+    const Record* media = m_Document.root.Child("Media");
+    if (!media)
+        return;
+    std::vector<const Record*> clips;
+    for (const Record* entry : media->Children("Video")) {
+        if (!entry->values.empty()) {
+            clips.push_back(entry);
+            continue;
+        }
+        for (const Record* clip : entry->Children("Video")) {
+            if (!clip->values.empty())
+                clips.push_back(clip);
+        }
+    }
+    for (const Record* clip : clips) {
+        Object object;
+        object.kind = "Video";
+        object.record = clip;
+        object.id = -static_cast<std::int64_t>(m_Objects.size()) - 1000000;
+        SplitObjectName(clip->TextAt(0), object.className, object.name);
+        if (object.className.empty())
+            object.className = "Video";
+        object.subclass = clip->ChildText("Type");
+        if (const Record* block = clip->Child("Properties60"))
+            object.properties = ReadProperties(*block);
+        std::string key = object.className + "::" + object.name;
+        if (m_ByKey.count(key))
+            continue;
+        m_ByKey.emplace(std::move(key), AddObject(std::move(object)));
+    }
 }
 
 }  // namespace fbx

@@ -1,6 +1,7 @@
 // The 6100-era layout (and what it shares with 5800 files): objects named by string, a Model's
 // geometry and attribute data inside the Model record, textures tied to the mesh Model and
-// picked per layer with TextureId, and animation as channels and keys in the Takes section.
+// picked per layer with TextureId, a texture's video clip named by its "Media" record, and
+// animation as channels and keys in the Takes section.
 // The graph restates them as the Geometry and NodeAttribute objects, material connections and
 // AnimationStack/Layer/CurveNode/Curve objects of a 7000+ file.
 #include <algorithm>
@@ -171,6 +172,26 @@ void ObjectGraph::ConnectTexture(std::size_t texture, std::size_t material, cons
     std::vector<std::size_t> already = PropertySources(material, property);
     if (std::find(already.begin(), already.end(), source) == already.end())
         Connect(source, material, property);
+}
+
+// A texture names its video clip in its "Media" record ("Video::name"); files connect the two
+// as well, or not. Restate the name as the connection, once.
+void ObjectGraph::ConnectTextureVideos() {
+    const std::size_t count = m_Objects.size();
+    for (std::size_t texture = 0; texture < count; ++texture) {
+        const Object& object = m_Objects[texture];
+        if (object.kind != "Texture" || !object.record)
+            continue;
+        const std::string media = object.record->ChildText("Media");
+        if (media.empty())
+            continue;
+        auto it = m_ByKey.find(NormalisedKey(media));
+        if (it == m_ByKey.end() || m_Objects[it->second].kind != "Video")
+            continue;
+        const std::vector<std::size_t> videos = Sources(texture, "Video");
+        if (std::find(videos.begin(), videos.end(), it->second) == videos.end())
+            Connect(it->second, texture, "");
+    }
 }
 
 // Each Take becomes an AnimationStack with one AnimationLayer holding its models' curves.

@@ -84,8 +84,10 @@ std::unique_ptr<ObjectGraph> ObjectGraph::Build(Document document) {
         graph->ReadLegacyModels();
     }
     if (graph->m_NamedLayout) {
+        graph->ReadMediaVideos();
         graph->AddLegacyGeometryAndAttributes();
         graph->AttachLegacyTextures();
+        graph->ConnectTextureVideos();
     }
     graph->ReadTakes();
     return graph;

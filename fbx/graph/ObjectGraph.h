@@ -4,8 +4,9 @@
 // Three layouts exist: the 7000+ one (objects with 64-bit ids, "C" connections, Properties70,
 // animation as AnimationStack/Layer/CurveNode/Curve objects), the 6100-era one (objects named
 // by string, "Connect" records, Properties60, geometry inside the Model record, animation in
-// the Takes section) and the oldest 5000-era one (top-level Model records with embedded
-// materials and "Children" lists, no Objects section). The graph always presents the 7000+
+// the Takes section, textures naming their video clip by "Media") and the oldest 5000-era one
+// (top-level Model records with embedded materials and "Children" lists, video clips in a
+// top-level Media section, no Objects section). The graph always presents the 7000+
 // shape: older files get synthetic Geometry, NodeAttribute, Material, AnimationStack/Layer/
 // CurveNode/Curve objects and the connections between them, so the scene above it reads every
 // file the same way.
@@ -99,18 +100,20 @@ private:
     void ReadConnections(const Record& connections);
     void ReadTakes();
 
-    // The oldest layout, top-level Model records (Layout5800.cpp).
+    // The oldest layout, top-level Model and Media records (Layout5800.cpp).
     void ReadLegacyModels();
     std::vector<std::pair<std::size_t, const Record*>> ReadTopLevelModels(
         std::int64_t& nextSynthetic);
     void AddEmbeddedMaterials(std::size_t model, const Record& rec, std::int64_t& nextSynthetic);
     void ConnectChildList(std::size_t model, const Record& rec, std::set<std::size_t>& isChild);
     void AddModelGeometry(std::size_t model, const Record& rec, std::int64_t& nextSynthetic);
+    void ReadMediaVideos();
 
     // Objects named by string, data inside Model records, Takes (Layout6100.cpp).
     void AddLegacyGeometryAndAttributes();
     void AttachLegacyTextures();
     void ConnectTexture(std::size_t texture, std::size_t material, const char* property);
+    void ConnectTextureVideos();
     void ReadLegacyTakes(const Record& takes);
     void ReadTakeModel(const Record& model, std::size_t layer);
     void AddTakeCurve(const Record& channel, std::size_t curveNode, const char* axis);

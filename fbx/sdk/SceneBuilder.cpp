@@ -14,6 +14,7 @@
 #include "fbx/sdk/Mesh.h"
 #include "fbx/sdk/SceneNode.h"
 #include "fbx/sdk/TakeDescriber.h"
+#include "fbx/sdk/Video.h"
 
 namespace fbx {
 
@@ -354,8 +355,30 @@ void SceneBuilder::Build(const ObjectGraph& graph, KFbxScene& scene, const Build
     SceneBuilder builder(graph, scene, options);
     builder.ReadTakes();
     builder.BuildNodes();
+    builder.ShareVideoContent();
     if (options.animation)
         builder.BuildAnimation();
+}
+
+// Maya embeds each image file once: a clip of a file already embedded by another clip is
+// left empty. Such a clip shows the other's content.
+void SceneBuilder::ShareVideoContent() {
+    std::map<std::string, std::shared_ptr<const std::vector<std::uint8_t>>> byFile;
+    std::vector<KFbxVideo*> empty;
+    for (KFbxObject* object : m_Built) {
+        auto* video = KFbxCast<KFbxVideo>(object);
+        if (!video || video->m_FileName.empty())
+            continue;
+        if (video->m_Content)
+            byFile.emplace(video->m_FileName, video->m_Content);
+        else
+            empty.push_back(video);
+    }
+    for (KFbxVideo* video : empty) {
+        auto found = byFile.find(video->m_FileName);
+        if (found != byFile.end())
+            video->m_Content = found->second;
+    }
 }
 
 SceneBuilder::SceneBuilder(const ObjectGraph& graph, KFbxScene& scene, const BuildOptions& options)
@@ -940,7 +963,48 @@ KFbxTexture* SceneBuilder::BuildTexture(std::size_t index) {
     if (const PropertyValue* p = m_Graph.FindProperty(index, "UVSwap")) {
         texture->m_SwapUV = !p->numbers.empty() && p->numbers[0] != 0.0;
     }
+    // The video clip is a source of the texture, after any stacked textures.
+    for (std::size_t v : m_Graph.Sources(index, "Video")) {
+        if (KFbxVideo* video = BuildVideo(v))
+            texture->m_Sources.push_back(video);
+    }
     return texture;
+}
+
+// A video clip once, however many textures show it. Its names come from its records, else from
+// its properties; its content is the first non-empty raw value of "Content", copied once.
+KFbxVideo* SceneBuilder::BuildVideo(std::size_t index) {
+    if (m_Built[index])
+        return KFbxCast<KFbxVideo>(m_Built[index]);
+    const Object& object = m_Graph.At(index);
+    auto* video = m_Scene.Own(new KFbxVideo(m_Scene.GetFbxSdkManager(), object.name.c_str()));
+    video->m_NamePrefix = "Video";
+    m_Built[index] = video;
+    if (const Record* record = object.record) {
+        video->m_FileName = record->ChildText("Filename");
+        if (video->m_FileName.empty())
+            video->m_FileName = record->ChildText("FileName");
+        video->m_RelativeFileName = record->ChildText("RelativeFilename");
+        if (const Record* content = record->Child("Content")) {
+            for (const Value& value : content->values) {
+                const std::string& bytes = value.AsText();
+                if (value.Type() == ValueType::Raw && !bytes.empty()) {
+                    video->m_Content = std::make_shared<const std::vector<std::uint8_t>>(
+                        bytes.begin(), bytes.end());
+                    break;
+                }
+            }
+        }
+    }
+    if (video->m_FileName.empty()) {
+        if (const PropertyValue* p = m_Graph.FindProperty(index, "Path"))
+            video->m_FileName = p->text;
+    }
+    if (video->m_RelativeFileName.empty()) {
+        if (const PropertyValue* p = m_Graph.FindProperty(index, "RelPath"))
+            video->m_RelativeFileName = p->text;
+    }
+    return video;
 }
 
 void SceneBuilder::BuildAnimation() {

@@ -1,5 +1,6 @@
 // Turns an object graph into an SDK-style scene: nodes, attributes, meshes, skins, materials,
-// textures and per-take curves. Internal to the library; the importer drives it.
+// textures with their video clips and per-take curves. Internal to the library; the importer
+// drives it.
 #pragma once
 
 #include <cstddef>
@@ -17,6 +18,7 @@ class KFbxMesh;
 class KFbxNodeAttribute;
 class KFbxSurfaceMaterial;
 class KFbxTexture;
+class KFbxVideo;
 class KFCurve;
 
 namespace fbx {
@@ -48,6 +50,9 @@ private:
     void ReadMaterialProperties(std::size_t material, KFbxSurfaceMaterial& target, bool phong);
     void ConnectMaterialTextures(const Object& material, KFbxSurfaceMaterial& target);
     KFbxTexture* BuildTexture(std::size_t texture);
+    KFbxVideo* BuildVideo(std::size_t video);
+    // Clips the file left empty take the content of another clip of the same image file.
+    void ShareVideoContent();
 
     // Curves already read, by curve node channel and curve, for sharing between nodes.
     using SharedCurves = std::map<std::pair<std::size_t, std::size_t>, std::shared_ptr<KFCurve>>;

@@ -4,6 +4,7 @@
 #include "fbx/sdk/Material.h"
 #include "fbx/sdk/Mesh.h"
 #include "fbx/sdk/SceneNode.h"
+#include "fbx/sdk/Video.h"
 
 static const KFbxClassInfo kKFbxObjectInfo = {"KFbxObject", nullptr};
 const KFbxClassId KFbxObject::ClassId{&kKFbxObjectInfo};
@@ -26,6 +27,7 @@ KFBX_CLASS_IMPLEMENT(KFbxSurfaceLambert, KFbxSurfaceMaterial)
 KFBX_CLASS_IMPLEMENT(KFbxSurfacePhong, KFbxSurfaceLambert)
 KFBX_CLASS_IMPLEMENT(KFbxTexture, KFbxObject)
 KFBX_CLASS_IMPLEMENT(KFbxLayeredTexture, KFbxTexture)
+KFBX_CLASS_IMPLEMENT(KFbxVideo, KFbxObject)
 KFBX_CLASS_IMPLEMENT(KFbxImporter, KFbxObject)
 KFBX_CLASS_IMPLEMENT(KFbxStreamOptionsFbxReader, KFbxObject)
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "fbx/sdk/TextureLocation.h"
 #include "fbx/sdk/fbxsdk.h"
 
 namespace fbx {
@@ -98,7 +99,21 @@ std::vector<std::pair<KFbxNode*, int>> NodesInOrder(KFbxNode* root) {
     return order;
 }
 
-void MaterialLines(Writer& out, KFbxSurfaceMaterial* material) {
+// Where the texture's image is: " image embedded (N bytes)", " image "PATH"" or " image missing".
+std::string ImageText(const KFbxTexture& texture, const std::string& modelFile) {
+    const TextureImageSource source = LocateTextureImage(texture, modelFile);
+    switch (source.where) {
+        case TextureImageSource::Where::Embedded:
+            return " image embedded (" + std::to_string(source.size) + " bytes)";
+        case TextureImageSource::Where::File:
+            return " image " + Quote(source.path.c_str());
+        case TextureImageSource::Where::Missing:
+            break;
+    }
+    return " image missing";
+}
+
+void MaterialLines(Writer& out, KFbxSurfaceMaterial* material, const std::string& modelFile) {
     std::string line =
         "material " + Quote(material->GetName()) + " " + material->GetClassId().GetName();
     auto colour = [&](const char* label, const char* property) {
@@ -150,7 +165,7 @@ void MaterialLines(Writer& out, KFbxSurfaceMaterial* material) {
                         static_cast<KFbxTexture*>(layered->GetSrcObject(KFbxTexture::ClassId, t));
                     out.Line("    texture " + Quote(inner->GetName()) + " file " +
                              Quote(inner->GetFileName()) + " relative " +
-                             Quote(inner->GetRelativeFileName()));
+                             Quote(inner->GetRelativeFileName()) + ImageText(*inner, modelFile));
                 }
                 continue;
             }
@@ -162,7 +177,7 @@ void MaterialLines(Writer& out, KFbxSurfaceMaterial* material) {
                 Num(texture->GetTranslationU()) + " " + Num(texture->GetTranslationV()) +
                 " rotation " +
                 Triple(texture->GetRotationU(), texture->GetRotationV(), texture->GetRotationW()) +
-                " alpha " + Num(texture->GetDefaultAlpha()));
+                " alpha " + Num(texture->GetDefaultAlpha()) + ImageText(*texture, modelFile));
         }
     }
 }
@@ -324,7 +339,7 @@ std::string SummarizeScene(const KFbxImporter& importer, KFbxScene& scene,
             MeshLines(out, node, mesh);
     }
     for (KFbxSurfaceMaterial* material : materials)
-        MaterialLines(out, material);
+        MaterialLines(out, material, importer.GetFileName());
 
     static const char* const kGroups[3] = {"T", "R", "S"};
     static const char* const kAxes[3] = {"X", "Y", "Z"};

@@ -1,10 +1,12 @@
 // A stable text summary of an imported scene, for people and for tests.
 //
 // The first line names the file's version and encoding; every later line depends only on
-// the scene's content, printed with fixed, modest precision, so that a scene's ASCII and
-// binary files give the same text from the second line on. Sections: takes, node tree (with
-// attribute types, transforms and materials), meshes (counts, bounds, layer elements),
-// materials (class, colours, textures), skins (clusters), curves (key counts per take).
+// the scene's content (and, for texture images, on the files beside the model), printed with
+// fixed, modest precision, so that a scene's ASCII and binary files give the same text from
+// the second line on. Sections: takes, node tree (with attribute types, transforms and
+// materials), meshes (counts, bounds, layer elements), materials (class, colours, textures and
+// where each texture's image is: embedded, a file found as LocateTextureImage finds it, or
+// missing), skins (clusters), curves (key counts per take).
 //
 // Given a frame numbering, each take line is followed by the game frames the take plays at
 // and its length: "  frames 0 to 30 (2.00 s)".

@@ -1,6 +1,6 @@
 // The SDK-style interface of the scene-interchange library, in one header: the manager,
-// scenes and nodes, meshes with their layers and skins, materials and textures, take curves,
-// and the importer with its options.
+// scenes and nodes, meshes with their layers and skins, materials, textures and their video
+// clips, take curves, and the importer with its options.
 #pragma once
 
 #include "fbx/sdk/Importer.h"
@@ -9,3 +9,4 @@
 #include "fbx/sdk/SceneNode.h"
 #include "fbx/sdk/SdkObject.h"
 #include "fbx/sdk/SdkTypes.h"
+#include "fbx/sdk/Video.h"

@@ -117,6 +117,9 @@ struct Texture {
     Vec2 uvScaling = {1, 1};
     double uvRotation = 0;  // degrees
     double alpha = 1;
+    // Image bytes embedded in the file's video clip; none when empty. (Initialised here so that
+    // brace-initialising only the fields before it stays warning-free.)
+    std::vector<std::uint8_t> content = {};
 };
 
 struct Material {

@@ -218,13 +218,19 @@ private:
         }
         m_TexturesWritten.push_back(index);
         const desc::Texture& t = m_Scene.textures[index];
-        m_Objects.push_back(Rec("Video", {S(m_VideoNames[index]), S("Clip")},
-                                {Rec("Type", {S("Clip")}),
-                                 Rec("Properties60", {},
-                                     {Property("Path", "KString", "", {S(t.fileName)}),
-                                      Property("RelPath", "KString", "", {S(t.relativeFileName)})}),
-                                 Rec("UseMipMap", {I(0)}), Rec("Filename", {S(t.fileName)}),
-                                 Rec("RelativeFilename", {S(t.relativeFileName)})}));
+        Record video = Rec("Video", {S(m_VideoNames[index]), S("Clip")},
+                           {Rec("Type", {S("Clip")}),
+                            Rec("Properties60", {},
+                                {Property("Path", "KString", "", {S(t.fileName)}),
+                                 Property("RelPath", "KString", "", {S(t.relativeFileName)})}),
+                            Rec("UseMipMap", {I(0)}), Rec("Filename", {S(t.fileName)}),
+                            Rec("RelativeFilename", {S(t.relativeFileName)})});
+        if (!t.content.empty()) {
+            video.children.push_back(
+                Rec("Content", {Value::MakeText(std::string(t.content.begin(), t.content.end()),
+                                                ValueType::Raw)}));
+        }
+        m_Objects.push_back(std::move(video));
         ++m_Counts["Video"];
         m_Objects.push_back(Rec(
             "Texture", {S(m_TextureNames[index]), S("")},

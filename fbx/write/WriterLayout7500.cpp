@@ -242,6 +242,11 @@ private:
                                P("RelPath", "KString", "XRefUrl", "", {S(t.relativeFileName)})}),
                           Rec("UseMipMap", {I(0)}), Rec("Filename", {S(t.fileName)}),
                           Rec("RelativeFilename", {S(t.relativeFileName)})};
+        if (!t.content.empty()) {
+            video.children.push_back(
+                Rec("Content", {Value::MakeText(std::string(t.content.begin(), t.content.end()),
+                                                ValueType::Raw)}));
+        }
         std::int64_t id = NewId();
         Record& texture = AddObject("Texture", id, "Texture", t.name, "");
         texture.children = {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "support_corpus.h"
 #include "support_tree.h"
@@ -69,12 +70,21 @@ D: L1, S"x", L3, L4, L5, L6
 
 TEST(AsciiSyntax, EmbeddedContentIsDecodedFromBase64) {
     // "OTk5" is "999"; "+/9A" (the last two letters of the alphabet and a digit) is FB FF 40.
-    const fbx::ParseResult r =
-        ParseText("Video: \"Video::v\", \"Clip\" {\n  Content: \"OTk5+/9A\"\n}\n");
+    // Real files write the text after a leading comma, possibly split over several strings;
+    // an empty Content holds nothing.
+    const fbx::ParseResult r = ParseText(
+        "V: {\n  Content: \"OTk5+/9A\"\n}\nV: {\n  Content: ,\n \"OTk\",\n \"5+/9A\"\n}\n"
+        "V: {\n  Content: \n}\n");
     ASSERT_TRUE(r.ok) << r.error;
-    const fbx::Record* content = r.document.root.Child("Video")->Child("Content");
-    ASSERT_NE(content, nullptr);
-    EXPECT_EQ(content->TextAt(0), std::string("999\xFB\xFF@"));
+    const std::vector<const fbx::Record*> videos = r.document.root.Children("V");
+    ASSERT_EQ(videos.size(), 3u);
+    for (const fbx::Record* video : {videos[0], videos[1]}) {
+        const fbx::Record* content = video->Child("Content");
+        ASSERT_TRUE(content && content->values.size() == 1);
+        EXPECT_EQ(content->values[0].Type(), fbx::ValueType::Raw);
+        EXPECT_EQ(content->TextAt(0), std::string("999\xFB\xFF@"));
+    }
+    EXPECT_TRUE(videos[2]->Child("Content")->values.empty());
 }
 
 TEST(AsciiErrors, BrokenTextsGiveAnErrorWithTheLineAndThePartialTree) {

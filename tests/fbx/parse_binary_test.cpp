@@ -57,8 +57,8 @@ Document Sample(std::uint32_t version, bool binary) {
                              Value::MakeInt(std::numeric_limits<std::int64_t>::max()),
                              Value::MakeFloat(0.8f, ValueType::Float32)}),
              Rec("Big", {Value::MakeInt(-9007199254740993LL), Value::MakeFloat(6.02214076e23)}),
-             Rec("Content", {Text(binary ? std::string("\x89PNG\0\x01", 6) : "PNG", ValueType::Raw),
-                             Value::MakeBool(true), Text("Y", ValueType::Word)})}),
+             Rec("Content", {Text(std::string("\x89PNG\0\x01", 6), ValueType::Raw)}),
+             Rec("Shading", {Value::MakeBool(true), Text("Y", ValueType::Word)})}),
         Rec("Connections", {}, {Rec("C", {Text("OO"), id, Value::MakeInt(0)})})};
     return doc;
 }
@@ -95,6 +95,7 @@ TEST_P(EncodedTrees, ReadBackAsTheSameTree) {
         EXPECT_EQ(c.version >= 7000, text.find("Vertices: *300 {") != std::string::npos);
         EXPECT_NE(std::string::npos, text.find("\"Geometry::pCube1\""));
         EXPECT_NE(std::string::npos, text.find("Quoted &quot;name&quot;"));
+        EXPECT_NE(std::string::npos, text.find("\tContent: ,\n \"iVBORwAB\"\n"));
         parsed = fbxtest::ParseText(text);
     }
     ASSERT_TRUE(parsed.ok) << parsed.error;

@@ -129,7 +129,8 @@ TEST(SceneContent, CorpusFilesHoldWhatTheirTextStates) {
           "specular (0.5000, 0.5000, 0.5000) shininess 20.0000 ",
           "\n  texture DiffuseColor \"file1\" file \"",
           "checkerboard_diffuse.png\" relative \"textures\\checkerboard_diffuse.png\" scale 1.0000 "
-          "1.0000 translation 0.0000 0.0000 rotation (0.0000, 0.0000, 0.0000) alpha 1.0000\n"},
+          "1.0000 translation 0.0000 0.0000 rotation (0.0000, 0.0000, 0.0000) alpha 1.0000 "
+          "image embedded (1589 bytes)\n"},
          [](const Imported& file) {
              KFbxSurfaceMaterial* material = file.Find("pCube1")->GetMaterial(0);
              EXPECT_TRUE(material->GetClassId().Is(KFbxSurfaceLambert::ClassId));
@@ -153,8 +154,9 @@ TEST(SceneContent, CorpusFilesHoldWhatTheirTextStates) {
         // BlendModes: x,4,1.
         {{"maya_texture_layers_6100_ascii.fbx", "maya_texture_layers_7500_ascii.fbx"},
          {"\n  layered DiffuseColor \"layeredTexture1\" blend ",
-          " 4 1\n    texture \"file3\" file ", "weight.png\"\n    texture \"file2\" file ",
-          "diffuse.png\"\n    texture \"file1\" file "},
+          " 4 1\n    texture \"file3\" file ",
+          "weight.png\" image missing\n    texture \"file2\" file ",
+          "diffuse.png\" image missing\n    texture \"file1\" file "},
          nullptr},
         {{"maya_node_attribute_zoo_6100_ascii.fbx", "maya_node_attribute_zoo_7500_ascii.fbx"},
          {"\nnode \"Null\" null ", "\nnode \"Mesh\" mesh ", "\nnode \"Bone\" skeleton ",

@@ -19,7 +19,9 @@ namespace {
 // NAME_VVVV_binary.fbx, and the 6100 and 7xxx files of scenes that store the same content.
 // Left out are lines that differ because the files themselves differ (checked by eye): 7xxx
 // files have no per-mesh texture element, the 7500 ASCII animated cube was saved at another
-// frame, and the 6100 texture_layers binary file writes other BlendModes than its sibling.
+// frame, and the 6100 texture_layers binary file writes other BlendModes than its sibling. The
+// pre-7000 ASCII files were saved without their embedded images, so where a texture's image is
+// counts only between files that both could embed it.
 TEST(SceneCorpus, EveryFileImportsAndFilesOfOneSceneAgree) {
     std::map<std::string, std::vector<std::string>> summaries;  // by file name
     for (const std::string& path : fbxtest::CorpusFiles("fbx")) {
@@ -56,8 +58,26 @@ TEST(SceneCorpus, EveryFileImportsAndFilesOfOneSceneAgree) {
             pairs.emplace_back(name, name.substr(0, at) + "_binary.fbx");
     }
     ASSERT_GE(pairs.size(), 41u);
-    for (const auto& [a, b] : pairs)
-        EXPECT_EQ(summaries.at(a), summaries.at(b)) << a << " / " << b;
+    auto withoutImages = [](std::vector<std::string> lines) {
+        for (std::string& line : lines) {
+            const std::size_t image = line.rfind(" image ");
+            if (line.find("texture ") != std::string::npos && image != std::string::npos)
+                line.erase(image);
+        }
+        return lines;
+    };
+    auto embeds = [](const std::string& name) {
+        return name.find("_5800_ascii") == std::string::npos &&
+               name.find("_6100_ascii") == std::string::npos;
+    };
+    for (const auto& [a, b] : pairs) {
+        if (embeds(a) && embeds(b)) {
+            EXPECT_EQ(summaries.at(a), summaries.at(b)) << a << " / " << b;
+        } else {
+            EXPECT_EQ(withoutImages(summaries.at(a)), withoutImages(summaries.at(b)))
+                << a << " / " << b;
+        }
+    }
 }
 
 // The malformed corpus and truncations of files of both encodings and layouts: import ends

@@ -2,6 +2,7 @@
 // as described: the same summary from all four files, and the values it does not show.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <tuple>
@@ -17,7 +18,8 @@ using scenetest::Imported;
 
 // A mesh with a quad, a triangle, a point and a line, normals, two UV sets, colours and
 // materials per polygon, skinned to two bones; a camera under the mesh, a light, a repeated
-// name, indices out of range; two materials with one and two textures; two takes; a password.
+// name, indices out of range; two materials with one and two textures, one texture with an
+// embedded image of every byte value; two takes; a password.
 SceneDescription TestScene() {
     SceneDescription scene;
     const int mesh = scene.AddNode("Body", desc::NodeType::Mesh);
@@ -55,6 +57,8 @@ SceneDescription TestScene() {
     scene.materials[1].diffuseTextures = {0, 1};
     scene.textures = {{"skin", "C:/art/skin.bmp", "skin.bmp", {0, 0}, {2, 3}},
                       {"scratches", "C:/art/scratches.bmp", "scratches.bmp"}};
+    for (int i = 0; i < 257; ++i)
+        scene.textures[0].content.push_back(static_cast<std::uint8_t>(i));
 
     scene.takes.resize(2);
     scene.takes[0].name = "Walk";
@@ -96,11 +100,11 @@ mesh "Body" polygons 4 corners 10 points 5 layers 2
     cluster 1 link "Knee" indices 4 weight-sum 2.7500 link-translation (0.0000, -1.5000, 0.0000)
     cluster 2 link "" indices 1 weight-sum 1.0000 link-translation (0.0000, 0.0000, 0.0000)
 material "Skin "matte"" KFbxSurfaceLambert ambient (0.2000, 0.2000, 0.2000) diffuse (0.9000, 0.7000, 0.6000) emissive (0.0000, 0.0000, 0.0000) transparency 0.0000
-  texture DiffuseColor "skin" file "C:/art/skin.bmp" relative "skin.bmp" scale 2.0000 3.0000 translation 0.0000 0.0000 rotation (0.0000, 0.0000, 0.0000) alpha 1.0000
+  texture DiffuseColor "skin" file "C:/art/skin.bmp" relative "skin.bmp" scale 2.0000 3.0000 translation 0.0000 0.0000 rotation (0.0000, 0.0000, 0.0000) alpha 1.0000 image embedded (257 bytes)
 material "Metal" KFbxSurfacePhong ambient (0.2000, 0.2000, 0.2000) diffuse (0.8000, 0.8000, 0.8000) emissive (0.0000, 0.0000, 0.0000) transparency 0.0000 specular (0.2000, 0.2000, 0.2000) shininess 64.0000 reflection (0.0000, 0.0000, 0.0000)
   layered DiffuseColor "Metal_layers" blend 1 1
-    texture "skin" file "C:/art/skin.bmp" relative "skin.bmp"
-    texture "scratches" file "C:/art/scratches.bmp" relative "scratches.bmp"
+    texture "skin" file "C:/art/skin.bmp" relative "skin.bmp" image embedded (257 bytes)
+    texture "scratches" file "C:/art/scratches.bmp" relative "scratches.bmp" image missing
 curves "Idle" "Body" T - 2 - R - - - S - - -
 curves "Walk" "Knee" T - - - R 3 - - S - - -
 )";
@@ -138,6 +142,19 @@ TEST_P(SceneRoundTrip, ImportsAsDescribed) {
     EXPECT_EQ(values, (std::vector<double>{0, 1, 2, 3, 1, 4, 2, 4, 3, 4,  // corners
                                            0, 1, 2, 0, 1, 2, 1, 2, 0, 1}));
     EXPECT_STREQ(mesh->GetLayer(1)->GetUVs()->GetName(), "second");
+    // The embedded image reads back byte for byte from the texture's video, which does not
+    // count among the texture's textures.
+    const KFbxTexture* skin =
+        body->GetMaterial(0)->FindProperty("DiffuseColor").GetSrcObject(FBX_TYPE(KFbxTexture));
+    ASSERT_NE(skin, nullptr);
+    const KFbxVideo* video = skin->GetSrcObject(FBX_TYPE(KFbxVideo));
+    ASSERT_TRUE(video && video->GetContent());
+    EXPECT_EQ(std::vector<std::uint8_t>(video->GetContent(),
+                                        video->GetContent() + video->GetContentSize()),
+              TestScene().textures[0].content);
+    EXPECT_EQ(std::string(video->GetFileName()) + " " + video->GetRelativeFileName(),
+              "C:/art/skin.bmp skin.bmp");
+    EXPECT_EQ(skin->GetSrcObjectCount(FBX_TYPE(KFbxTexture)), 0);
     KFbxCluster* knee =
         static_cast<KFbxSkin*>(mesh->GetDeformer(0, KFbxDeformer::eSKIN))->GetCluster(1);
     values.assign(knee->GetControlPointIndices(), knee->GetControlPointIndices() + 4);
