@@ -1,5 +1,6 @@
 // PNG through libpng, JPEG through libjpeg-turbo, TGA and BMP through stb_image (Debian's
-// libstb). Each decoder reports its errors by longjmp; the functions that call setjmp hold
+// libstb), run-length encoded BMPs through gdk-pixbuf's BMP loader (stb_image does not read
+// them). libpng and libjpeg report their errors by longjmp; the functions that call setjmp hold
 // only plain data, so nothing with a destructor is skipped by the jump.
 #include "import/ImageDecode.h"
 
@@ -9,6 +10,7 @@
 #include <limits>
 #include <new>
 
+#include <gdk-pixbuf/gdk-pixbuf.h>
 #include <jerror.h>
 #include <jpeglib.h>
 #include <png.h>
@@ -303,9 +305,9 @@ bool CheckTga(const std::uint8_t* data, std::size_t size, const ImageLimits& lim
     return true;
 }
 
-// Refuses what stb_image would read past or make up: run-length and embedded compression,
-// pixel rows the file does not hold (stb_image reads zeros there) and palette indices past
-// the palette (stb_image leaves those colours undefined).
+// Refuses what stb_image would read past or make up: embedded compression, pixel rows the
+// file does not hold (stb_image reads zeros there) and palette indices past the palette
+// (stb_image leaves those colours undefined). Run-length encoded BMPs do not come here.
 bool CheckBmp(const std::uint8_t* data, std::size_t size, const ImageLimits& limits,
               std::string* error) {
     if (size < 26)
@@ -328,8 +330,6 @@ bool CheckBmp(const std::uint8_t* data, std::size_t size, const ImageLimits& lim
         bits = Le16(data + 28);
         compression = Le32(data + 30);
     }
-    if (compression == 1 || compression == 2)
-        return Fail(error, "run-length encoded BMP is not supported");
     if (compression != 0 && compression != 3 && compression != 6)
         return Fail(error,
                     "compressed BMP (type " + std::to_string(compression) + ") is not supported");
@@ -396,6 +396,129 @@ bool DecodeWithStb(const std::uint8_t* data, std::size_t size, const char* forma
     return ok;
 }
 
+// ---- run-length encoded BMP (gdk-pixbuf) ----
+
+// Whether a BMP's pixels are run-length encoded (8 or 4 bits a pixel); the core header of
+// 12 bytes has no compression field.
+bool IsRunLengthBmp(const std::uint8_t* data, std::size_t size) {
+    if (size < 34 || Le32(data + 14) == 12)
+        return false;
+    const std::uint32_t compression = Le32(data + 30);
+    return compression == 1 || compression == 2;
+}
+
+// Takes a GError's message as a one-line reason and frees the error.
+std::string TakeMessage(GError*& failure) {
+    std::string message =
+        failure != nullptr && failure->message != nullptr ? failure->message : "no reason given";
+    for (char& c : message)
+        if (c == '\n' || c == '\r')
+            c = ' ';
+    g_clear_error(&failure);
+    return message;
+}
+
+// The loader's pixbuf as soon as it exists: cleared, so pixels the runs skip (delta and
+// end-of-line escapes) and rows cut data never reaches are transparent black whatever the
+// loader leaves there.
+void ClearPixbuf(GdkPixbufLoader* loader, gpointer) {
+    GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader);
+    if (pixbuf != nullptr)
+        gdk_pixbuf_fill(pixbuf, 0);
+}
+
+// Copies the loader's top-down RGB or RGBA rows into bottom-up RGBA after checking that the
+// pixbuf is the image the header described.
+bool TakePixbuf(const GdkPixbuf* pixbuf, std::int64_t width, std::int64_t height,
+                const ImageLimits& limits, DecodedImage& out, std::string* error) {
+    if (pixbuf == nullptr)
+        return Fail(error, "damaged BMP data (no pixels decoded)");
+    const int w = gdk_pixbuf_get_width(pixbuf);
+    const int h = gdk_pixbuf_get_height(pixbuf);
+    const int channels = gdk_pixbuf_get_n_channels(pixbuf);
+    const bool alpha = gdk_pixbuf_get_has_alpha(pixbuf) != FALSE;
+    const int rowstride = gdk_pixbuf_get_rowstride(pixbuf);
+    if (w != width || h != height)
+        return Fail(error, "damaged BMP data (decoded " + std::to_string(w) + " x " +
+                               std::to_string(h) + ", the header says " + std::to_string(width) +
+                               " x " + std::to_string(height) + ")");
+    if (!CheckSize(std::uint64_t(w), std::uint64_t(h), limits, error))
+        return false;
+    const std::size_t rowBytes = std::size_t(w) * std::size_t(channels);
+    if (gdk_pixbuf_get_colorspace(pixbuf) != GDK_COLORSPACE_RGB ||
+        gdk_pixbuf_get_bits_per_sample(pixbuf) != 8 || channels != (alpha ? 4 : 3) ||
+        rowstride <= 0 || std::size_t(rowstride) < rowBytes ||
+        gdk_pixbuf_get_byte_length(pixbuf) < std::size_t(h - 1) * std::size_t(rowstride) + rowBytes)
+        return Fail(error, "damaged BMP data (unexpected pixel layout)");
+    if (!Allocate(out, w, h, error))
+        return false;
+    const guint8* pixels = gdk_pixbuf_read_pixels(pixbuf);
+    for (int y = 0; y < h; ++y) {
+        const guint8* from = pixels + std::size_t(y) * std::size_t(rowstride);
+        std::uint8_t* to = out.m_Pixels.data() + std::size_t(h - 1 - y) * std::size_t(w) * 4;
+        for (int x = 0; x < w; ++x, from += channels, to += 4) {
+            to[0] = from[0], to[1] = from[1], to[2] = from[2];
+            to[3] = alpha ? from[3] : 0xff;
+        }
+    }
+    return true;
+}
+
+// Run-length encoded BMPs through gdk-pixbuf's BMP loader. The header's image size goes
+// through the limits, and its other sizes through the format's bounds, before the loader sees
+// a byte; pixels the runs skip are transparent black, palette indices past the palette black.
+bool DecodeRunLengthBmp(const std::uint8_t* data, std::size_t size, const ImageLimits& limits,
+                        DecodedImage& out, std::string* error) {
+    if (size < 54)
+        return Fail(error, "truncated BMP data");
+    // The loader reserves the header as it gives its own size; the fields read here are
+    // those of the 40-byte header and its longer versions.
+    const std::uint32_t header = Le32(data + 14);
+    if (header < 40 || header > 124)
+        return Fail(error, "damaged BMP data (header of " + std::to_string(header) + " bytes)");
+    const std::uint32_t compression = Le32(data + 30);
+    const std::uint32_t bits = Le16(data + 28);
+    if (bits != (compression == 1 ? 8u : 4u))
+        return Fail(error, "damaged BMP data (run-length type " + std::to_string(compression) +
+                               " with " + std::to_string(bits) + " bits a pixel)");
+    const std::int64_t width = std::int32_t(Le32(data + 18));
+    const std::int64_t height = std::int32_t(Le32(data + 22));
+    if (width < 0 || height < 0)
+        return Fail(error, height < 0
+                               ? "damaged BMP data (run-length encoded with a negative height)"
+                               : "damaged BMP data (negative width)");
+    if (!CheckSize(std::uint64_t(width), std::uint64_t(height), limits, error))
+        return false;
+    // The encoded size, where the writer filled it in, tells a cut file; without it a cut
+    // file decodes to the rows its data reaches.
+    const std::uint64_t offset = Le32(data + 10);
+    const std::uint64_t encoded = Le32(data + 34);
+    if (offset >= size || offset + encoded > size)
+        return Fail(error, "truncated BMP data");
+    // The loader reserves the palette as the header gives its size.
+    const std::uint32_t colours = Le32(data + 46);
+    if (colours > (1u << bits))
+        return Fail(error, "damaged BMP data (palette of " + std::to_string(colours) +
+                               " colours at " + std::to_string(bits) + " bits a pixel)");
+
+    // Nothing to set up first: GLib starts its type system itself, and gdk-pixbuf reads its
+    // list of loaders when the first loader is made.
+    GError* failure = nullptr;
+    GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_type("bmp", &failure);
+    if (loader == nullptr)
+        return Fail(error, "no BMP loader in gdk-pixbuf (" + TakeMessage(failure) + ")");
+    g_signal_connect(loader, "area-prepared", G_CALLBACK(ClearPixbuf), nullptr);
+    // A failed write closes the loader itself; a finished one is closed here.
+    bool ok = gdk_pixbuf_loader_write(loader, data, size, &failure) != FALSE &&
+              gdk_pixbuf_loader_close(loader, &failure) != FALSE;
+    if (!ok)
+        Fail(error, "damaged BMP data (" + TakeMessage(failure) + ")");
+    else
+        ok = TakePixbuf(gdk_pixbuf_loader_get_pixbuf(loader), width, height, limits, out, error);
+    g_object_unref(loader);
+    return ok;
+}
+
 }  // namespace
 
 bool DecodeImage(const std::uint8_t* data, std::size_t size, const ImageLimits& limits,
@@ -409,6 +532,8 @@ bool DecodeImage(const std::uint8_t* data, std::size_t size, const ImageLimits& 
         ok = DecodePng(data, size, limits, out, error);
     } else if (data[0] == 0xff && data[1] == 0xd8 && data[2] == 0xff) {
         ok = DecodeJpeg(data, size, limits, out, error);
+    } else if (data[0] == 'B' && data[1] == 'M' && IsRunLengthBmp(data, size)) {
+        ok = DecodeRunLengthBmp(data, size, limits, out, error);
     } else if (data[0] == 'B' && data[1] == 'M') {
         ok = CheckBmp(data, size, limits, error) &&
              DecodeWithStb(data, size, "BMP", limits, out, error);
@@ -428,4 +553,9 @@ bool DecodeImage(const std::uint8_t* data, std::size_t size, const ImageLimits& 
             break;
         }
     return true;
+}
+
+bool IsSizeRefusal(const std::string& reason) {
+    return reason.find(", larger than ") != std::string::npos ||
+           reason.find(" over the budget of ") != std::string::npos;
 }

@@ -31,6 +31,12 @@ struct ImageLimits {
 // Decodes PNG, JPEG, TGA or BMP bytes; the format is told by the content, not by a name.
 // Returns false with a one-line reason in *error (when error is not null) and out emptied
 // when the bytes are not an image of those formats, are damaged or truncated, or the image
-// is larger than the limits. Run-length encoded BMPs are refused.
+// is larger than the limits. Run-length encoded BMPs (8 and 4 bits a pixel) are decoded too:
+// pixels their runs skip are transparent black, palette indices past the palette black, and a
+// cut file whose header does not give the encoded size keeps only the rows its data reaches.
 bool DecodeImage(const std::uint8_t* data, std::size_t size, const ImageLimits& limits,
                  DecodedImage& out, std::string* error);
+
+// Whether a refusal reason from DecodeImage is the image's size against the limits (as
+// opposed to bytes that are not an image, or damaged ones).
+bool IsSizeRefusal(const std::string& reason);

@@ -8,8 +8,8 @@ packages=(
   build-essential cmake pkg-config clang clang-format libclang-rt-14-dev
   # engine libraries
   libxerces-c-dev freeglut3-dev libglu1-mesa-dev libgl-dev libx11-dev libdeflate-dev
-  # image decoding (PNG, JPEG, TGA, BMP textures)
-  libpng-dev libjpeg62-turbo-dev libstb-dev
+  # image decoding (PNG, JPEG, TGA, BMP textures; gdk-pixbuf for run-length encoded BMPs)
+  libpng-dev libjpeg62-turbo-dev libstb-dev libgdk-pixbuf-2.0-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev valgrind
   xvfb xauth xdotool x11-utils imagemagick python3 python3-xlib

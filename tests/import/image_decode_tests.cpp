@@ -1,7 +1,7 @@
 // The texture image decoder on images made here: PNG and JPEG written by libpng and libjpeg,
-// TGA and BMP written byte by byte. Sizes, corner colours, alpha and the bottom-up row order
-// of every format, then damaged files: huge claimed sizes, truncations, empty images,
-// palette indices past the palette and random bytes.
+// TGA and BMP (run-length encoded ones too) written byte by byte. Sizes, corner colours, alpha
+// and the bottom-up row order of every format, then damaged files: huge claimed sizes,
+// truncations, empty images, palette indices past the palette and random bytes.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -11,244 +11,10 @@
 #include <functional>
 #include <random>
 
-#include <jpeglib.h>
-#include <png.h>
-
+#include "image_files.h"
 #include "import/ImageDecode.h"
 
 namespace {
-
-using Bytes = std::vector<std::uint8_t>;
-
-struct Rgba {
-    int r, g, b, a;
-};
-
-// The picture every format holds: four quadrants, red top left (half transparent where the
-// format has alpha), green top right, blue bottom left, white bottom right.
-Rgba Source(int x, int y, int w, int h, bool alpha) {
-    const bool right = x >= w / 2;
-    const bool bottom = y >= h / 2;
-    if (!right && !bottom)
-        return {255, 0, 0, alpha ? 128 : 255};
-    if (right && !bottom)
-        return {0, 255, 0, 255};
-    if (!right)
-        return {0, 0, 255, 255};
-    return {255, 255, 255, 255};
-}
-// The grey formats: 0, 80, 160 and 255 in the same quadrants.
-int Grey(int x, int y, int w, int h) {
-    return (x >= w / 2 ? 1 : 0) * 80 + (y >= h / 2 ? 1 : 0) * 160 +
-           (x >= w / 2 && y >= h / 2 ? 15 : 0);
-}
-
-// ---- PNG through libpng's writer ----
-
-struct PngSink {
-    Bytes* m_Out;
-};
-void PngWrite(png_structp png, png_bytep data, png_size_t size) {
-    Bytes* out = static_cast<PngSink*>(png_get_io_ptr(png))->m_Out;
-    out->insert(out->end(), data, data + size);
-}
-void PngFlush(png_structp) {}
-
-// rows: top-down, already in the PNG's sample layout. No destructors in this frame.
-bool WritePng(Bytes& out, int w, int h, int colour, int depth, bool interlaced,
-              const std::uint8_t* rows, std::size_t stride, const png_color* palette,
-              int paletteSize, const png_byte* trns, int trnsSize) {
-    PngSink sink{&out};
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    if (setjmp(png_jmpbuf(png))) {
-        png_destroy_write_struct(&png, &info);
-        return false;
-    }
-    png_set_write_fn(png, &sink, PngWrite, PngFlush);
-    png_set_check_for_invalid_index(png, -1);  // the hostile case writes such an index
-    png_set_IHDR(png, info, w, h, depth, colour,
-                 interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (palette != nullptr)
-        png_set_PLTE(png, info, palette, paletteSize);
-    if (trns != nullptr)
-        png_set_tRNS(png, info, trns, trnsSize, nullptr);
-    png_write_info(png, info);
-    if (depth == 16)
-        png_set_swap(png);  // rows hold little-endian 16-bit samples
-    const int passes = png_set_interlace_handling(png);
-    for (int pass = 0; pass < passes; ++pass)
-        for (int y = 0; y < h; ++y)
-            png_write_row(png, rows + y * stride);
-    png_write_end(png, info);
-    png_destroy_write_struct(&png, &info);
-    return true;
-}
-
-enum class PngKind { Rgba8, Rgb8, Rgb16, Grey8, GreyAlpha8, Palette8, PaletteTrns, Interlaced };
-
-Bytes MakePng(PngKind kind, int w = 8, int h = 6) {
-    int colour = PNG_COLOR_TYPE_RGB_ALPHA, channels = 4, depth = 8;
-    if (kind == PngKind::Rgb8 || kind == PngKind::Rgb16)
-        colour = PNG_COLOR_TYPE_RGB, channels = 3;
-    if (kind == PngKind::Rgb16)
-        depth = 16;
-    if (kind == PngKind::Grey8)
-        colour = PNG_COLOR_TYPE_GRAY, channels = 1;
-    if (kind == PngKind::GreyAlpha8)
-        colour = PNG_COLOR_TYPE_GRAY_ALPHA, channels = 2;
-    if (kind == PngKind::Palette8 || kind == PngKind::PaletteTrns)
-        colour = PNG_COLOR_TYPE_PALETTE, channels = 1;
-    const std::size_t stride = std::size_t(w) * channels * depth / 8;
-    Bytes rows(stride * h);
-    const png_color palette[4] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 255, 255}};
-    const png_byte trns[1] = {128};
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) {
-            const Rgba c =
-                Source(x, y, w, h, kind == PngKind::Rgba8 || kind == PngKind::Interlaced);
-            std::uint8_t* p = rows.data() + y * stride + std::size_t(x) * channels * depth / 8;
-            if (colour == PNG_COLOR_TYPE_PALETTE) {
-                p[0] = std::uint8_t((x >= w / 2 ? 1 : 0) + (y >= h / 2 ? 2 : 0));
-            } else if (channels <= 2) {
-                p[0] = std::uint8_t(Grey(x, y, w, h));
-                if (channels == 2)
-                    p[1] = x < w / 2 && y < h / 2 ? 128 : 255;
-            } else if (depth == 16) {
-                const int v[3] = {c.r, c.g, c.b};
-                for (int i = 0; i < 3; ++i)
-                    p[2 * i] = p[2 * i + 1] = std::uint8_t(v[i]);
-            } else {
-                p[0] = std::uint8_t(c.r), p[1] = std::uint8_t(c.g), p[2] = std::uint8_t(c.b);
-                if (channels == 4)
-                    p[3] = std::uint8_t(c.a);
-            }
-        }
-    Bytes out;
-    EXPECT_TRUE(WritePng(out, w, h, colour, depth, kind == PngKind::Interlaced, rows.data(), stride,
-                         colour == PNG_COLOR_TYPE_PALETTE ? palette : nullptr, 4,
-                         kind == PngKind::PaletteTrns ? trns : nullptr, 1));
-    return out;
-}
-
-// ---- JPEG through libjpeg's compressor ----
-
-Bytes MakeJpeg(bool grey, bool progressive, int w = 16, int h = 16) {
-    jpeg_compress_struct info;
-    jpeg_error_mgr errors;
-    info.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&info);
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&info, &buffer, &size);
-    info.image_width = JDIMENSION(w);
-    info.image_height = JDIMENSION(h);
-    info.input_components = grey ? 1 : 3;
-    info.in_color_space = grey ? JCS_GRAYSCALE : JCS_RGB;
-    jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, 95, TRUE);
-    if (progressive)
-        jpeg_simple_progression(&info);
-    jpeg_start_compress(&info, TRUE);
-    Bytes row(std::size_t(w) * 3);
-    while (info.next_scanline < info.image_height) {
-        const int y = int(info.next_scanline);
-        for (int x = 0; x < w; ++x) {
-            const Rgba c = Source(x, y, w, h, false);
-            if (grey)
-                row[x] = std::uint8_t(Grey(x, y, w, h));
-            else
-                row[3 * x] = std::uint8_t(c.r), row[3 * x + 1] = std::uint8_t(c.g),
-                        row[3 * x + 2] = std::uint8_t(c.b);
-        }
-        JSAMPROW rows[1] = {row.data()};
-        jpeg_write_scanlines(&info, rows, 1);
-    }
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    Bytes out(buffer, buffer + size);
-    std::free(buffer);
-    return out;
-}
-
-// ---- TGA and BMP by hand ----
-
-void Put16(Bytes& b, std::size_t at, std::uint32_t v) {
-    b[at] = std::uint8_t(v), b[at + 1] = std::uint8_t(v >> 8);
-}
-void Put32(Bytes& b, std::size_t at, std::uint32_t v) {
-    Put16(b, at, v & 0xffff), Put16(b, at + 2, v >> 16);
-}
-
-enum class TgaKind { Rgb24, Rgba32, Palette, Rle24 };
-
-// Bottom-up rows unless topDown (descriptor bit 5).
-Bytes MakeTga(TgaKind kind, bool topDown = false, int w = 8, int h = 6) {
-    const int type = kind == TgaKind::Palette ? 1 : kind == TgaKind::Rle24 ? 10 : 2;
-    const int bits = kind == TgaKind::Rgba32 ? 32 : kind == TgaKind::Palette ? 8 : 24;
-    Bytes b(18, 0);
-    b[1] = kind == TgaKind::Palette ? 1 : 0;
-    b[2] = std::uint8_t(type);
-    if (kind == TgaKind::Palette) {
-        Put16(b, 5, 4), b[7] = 24;
-        for (const std::uint8_t v : {0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255})  // BGR
-            b.push_back(v);
-    }
-    Put16(b, 12, std::uint32_t(w)), Put16(b, 14, std::uint32_t(h));
-    b[16] = std::uint8_t(bits);
-    b[17] = std::uint8_t((topDown ? 0x20 : 0) | (bits == 32 ? 8 : 0));
-    for (int row = 0; row < h; ++row) {
-        const int y = topDown ? row : h - 1 - row;
-        for (int x = 0; x < w; ++x) {
-            const Rgba c = Source(x, y, w, h, bits == 32);
-            if (kind == TgaKind::Palette) {
-                b.push_back(std::uint8_t((x >= w / 2 ? 1 : 0) + (y >= h / 2 ? 2 : 0)));
-                continue;
-            }
-            if (kind == TgaKind::Rle24) {
-                if (x % (w / 2) != 0)
-                    continue;
-                b.push_back(std::uint8_t(0x80 | (w / 2 - 1)));  // one run per half row
-            }
-            b.push_back(std::uint8_t(c.b)), b.push_back(std::uint8_t(c.g)),
-                b.push_back(std::uint8_t(c.r));
-            if (bits == 32)
-                b.push_back(std::uint8_t(c.a));
-        }
-    }
-    return b;
-}
-
-// 8 (four palette entries), 24 or 32 bits; bottom-up rows unless topDown.
-Bytes MakeBmp(int bits, bool topDown = false, int w = 8, int h = 6) {
-    const std::size_t stride = ((std::size_t(w) * bits + 31) / 32) * 4;
-    const std::size_t offset = 54 + (bits == 8 ? 16 : 0);
-    Bytes b(offset + stride * h, 0);
-    b[0] = 'B', b[1] = 'M';
-    Put32(b, 2, std::uint32_t(b.size())), Put32(b, 10, std::uint32_t(offset)), Put32(b, 14, 40);
-    Put32(b, 18, std::uint32_t(w)), Put32(b, 22, std::uint32_t(topDown ? -h : h));
-    Put16(b, 26, 1), Put16(b, 28, std::uint32_t(bits));
-    if (bits == 8) {
-        const std::uint8_t map[16] = {0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0, 0, 255, 255, 255, 0};
-        std::memcpy(b.data() + 54, map, 16);
-    }
-    for (int row = 0; row < h; ++row) {
-        const int y = topDown ? row : h - 1 - row;
-        for (int x = 0; x < w; ++x) {
-            const Rgba c = Source(x, y, w, h, bits == 32);
-            std::uint8_t* p = b.data() + offset + row * stride + std::size_t(x) * bits / 8;
-            if (bits == 8) {
-                p[0] = std::uint8_t((x >= w / 2 ? 1 : 0) + (y >= h / 2 ? 2 : 0));
-                continue;
-            }
-            p[0] = std::uint8_t(c.b), p[1] = std::uint8_t(c.g), p[2] = std::uint8_t(c.r);
-            if (bits == 32)
-                p[3] = std::uint8_t(c.a);
-        }
-    }
-    return b;
-}
 
 // The pixel x columns from the left and y rows from the top of a decoded image.
 Rgba PixelFromTop(const DecodedImage& image, int x, int y) {
@@ -294,6 +60,9 @@ TEST(ImageDecode, EveryFormatGivesItsSizeCornerColoursAndAlphaWithRowsBottomUp) 
         {"bmp 24-bit", MakeBmp(24), 8, 6, false, false, 0},
         {"bmp 24-bit top-down", MakeBmp(24, true), 8, 6, false, false, 0},
         {"bmp 32-bit", MakeBmp(32), 8, 6, false, true, 0},
+        {"bmp run-length 8-bit", MakeRleBmp(8), 8, 6, false, false, 0},
+        {"bmp run-length 4-bit", MakeRleBmp(4), 8, 6, false, false, 0},
+        {"bmp run-length 4-bit odd size", MakeRleBmp(4, false, 14, 5), 14, 5, false, false, 0},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -308,9 +77,9 @@ TEST(ImageDecode, EveryFormatGivesItsSizeCornerColoursAndAlphaWithRowsBottomUp) 
         for (const auto& at :
              {std::pair<int, int>{1, 1}, {c.w - 2, 1}, {1, c.h - 2}, {c.w - 2, c.h - 2}}) {
             const Rgba got = PixelFromTop(image, at.first, at.second);
-            Rgba want = Source(at.first, at.second, c.w, c.h, c.alpha);
+            Rgba want = QuadrantColour(at.first, at.second, c.w, c.h, c.alpha);
             if (c.grey) {
-                const int g = Grey(at.first, at.second, c.w, c.h);
+                const int g = QuadrantGrey(at.first, at.second, c.w, c.h);
                 want = {g, g, g, want.a};
             }
             EXPECT_NEAR(got.r, want.r, c.tolerance) << at.first << "," << at.second;
@@ -319,6 +88,14 @@ TEST(ImageDecode, EveryFormatGivesItsSizeCornerColoursAndAlphaWithRowsBottomUp) 
             EXPECT_EQ(got.a, want.a) << at.first << "," << at.second;
         }
     }
+    // Pixels a run-length delta jumps over are transparent black.
+    DecodedImage skipped;
+    ASSERT_TRUE(Decode(MakeRleBmp(8, true), skipped));
+    EXPECT_TRUE(skipped.m_HasAlpha);
+    const Rgba jumped = PixelFromTop(skipped, 3, 0);
+    EXPECT_EQ(jumped.r + jumped.g + jumped.b + jumped.a, 0);
+    const Rgba after = PixelFromTop(skipped, 4, 0);
+    EXPECT_EQ(after.g + after.a, 510);
 }
 
 // A header claiming 100000 x 100000 (65500 where the format stops at 65535).
@@ -345,7 +122,7 @@ Bytes HugeClaim(const std::string& format, std::uint32_t side) {
         Put16(b, 12, side), Put16(b, 14, side);
         return b;
     }
-    Bytes b = MakeBmp(24);
+    Bytes b = format == "bmp" ? MakeBmp(24) : MakeRleBmp(8);
     Put32(b, 18, side), Put32(b, 22, side);
     return b;
 }
@@ -354,7 +131,11 @@ TEST(ImageDecode, ImagesOverTheLimitsAreRefusedQuicklyWithTheSizeAndTheLimit) {
     const struct {
         const char* format;
         std::uint32_t side;
-    } cases[] = {{"png", 100000}, {"jpeg", 65500}, {"tga", 65500}, {"bmp", 100000}};
+    } cases[] = {{"png", 100000},
+                 {"jpeg", 65500},
+                 {"tga", 65500},
+                 {"bmp", 100000},
+                 {"bmp run-length", 100000}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.format);
         const auto start = std::chrono::steady_clock::now();
@@ -401,8 +182,10 @@ TEST(ImageDecode, DamagedFilesAreRefusedWithAReason) {
                          palette, 2, nullptr, 0));
     auto badBmp = MakeBmp(8);
     badBmp[70] = 200;
-    auto rleBmp = MakeBmp(8);
-    Put32(rleBmp, 30, 1);
+    auto topDownRle = MakeRleBmp(8);
+    Put32(topDownRle, 22, std::uint32_t(-6));
+    auto wrongBitsRle = MakeRleBmp(4);
+    Put16(wrongBitsRle, 28, 8);
     const struct {
         const char* name;
         Bytes bytes;
@@ -417,7 +200,11 @@ TEST(ImageDecode, DamagedFilesAreRefusedWithAReason) {
         {"tga zero width", zeroTga, "damaged TGA data"},
         {"bmp zero height", zeroBmp, "image is 8 x 0, it has no pixels"},
         {"bmp palette index", badBmp, "BMP palette index 200 past the palette of 4"},
-        {"bmp run-length", rleBmp, "run-length encoded BMP is not supported"},
+        {"bmp run-length cut", Cut(MakeRleBmp(8), 90), "truncated BMP data"},
+        {"bmp run-length top-down", topDownRle,
+         "damaged BMP data (run-length encoded with a negative height)"},
+        {"bmp run-length bits", wrongBitsRle,
+         "damaged BMP data (run-length type 2 with 8 bits a pixel)"},
         {"text", Bytes{'h', 'e', 'l', 'l', 'o'}, "not an image"},
         {"empty", Bytes{}, "not an image"},
     };
@@ -441,6 +228,22 @@ TEST(ImageDecode, DamagedFilesAreRefusedWithAReason) {
     ASSERT_TRUE(Decode(badTga, image));
     const Rgba first = PixelFromTop(image, 0, 5);
     EXPECT_EQ(first.r + first.g + first.b, 255);
+    // Run-length encoded BMPs: an index past the palette is opaque black; data cut before
+    // the top rows (the header giving no encoded size) leaves them transparent black.
+    auto badRle = MakeRleBmp(8);
+    badRle[70 + 2] = 200;  // the bottom row's absolute run
+    ASSERT_TRUE(Decode(badRle, image));
+    const Rgba past = PixelFromTop(image, 0, 5);
+    EXPECT_EQ(past.r + past.g + past.b, 0);
+    EXPECT_EQ(past.a, 255);
+    EXPECT_EQ(PixelFromTop(image, 1, 5).b, 255);
+    auto cutRle = Cut(MakeRleBmp(4), 90);
+    Put32(cutRle, 34, 0);
+    ASSERT_TRUE(Decode(cutRle, image));
+    const Rgba unwritten = PixelFromTop(image, 1, 1);
+    EXPECT_EQ(unwritten.r + unwritten.g + unwritten.b + unwritten.a, 0);
+    EXPECT_EQ(PixelFromTop(image, 6, 4).r, 255);
+    EXPECT_TRUE(image.m_HasAlpha);
 }
 
 }  // namespace
