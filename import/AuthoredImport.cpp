@@ -78,7 +78,8 @@ float FiniteOrZero(double value) {
 // Builds the scene's nodes, takes and curves; meshes are added once every node has its index.
 class SceneReader {
 public:
-    SceneReader(KFbxScene& scene, AuthoredScene& out) : m_Scene(scene), m_Out(out) {}
+    SceneReader(KFbxScene& scene, AuthoredScene& out, AuthoredTextures* textures)
+        : m_Scene(scene), m_Out(out), m_Textures(textures) {}
 
     void Read() {
         ReadTakes();
@@ -87,7 +88,7 @@ public:
                 ReadNodeTree(root->GetChild(i), -1, 0);
         }
         for (const auto& [node, index] : m_NodeOrder) {
-            AddAuthoredMesh(*node, index, m_Index, m_Out);
+            AddAuthoredMesh(*node, index, m_Index, m_Out, m_Textures);
         }
     }
 
@@ -128,8 +129,7 @@ private:
 
     void ReadCurves(KFbxNode& node, TransformNode& out) {
         static const char* const kAxes[3] = {"X", "Y", "Z"};
-        const KFbxProperty* groups[3] = {&node.LclTranslation, &node.LclRotation,
-                                         &node.LclScaling};
+        const KFbxProperty* groups[3] = {&node.LclTranslation, &node.LclRotation, &node.LclScaling};
         const std::size_t takeCount = m_Out.m_Takes.size();
         if (takeCount == 0 || m_TakeEntries + takeCount > kMaxTakeEntries)
             return;
@@ -195,6 +195,7 @@ private:
 
     KFbxScene& m_Scene;
     AuthoredScene& m_Out;
+    AuthoredTextures* m_Textures;
     NodeIndex m_Index;
     std::vector<std::pair<KFbxNode*, int>> m_NodeOrder;
     std::unordered_map<const KFCurve*, int> m_Curves;
@@ -205,28 +206,10 @@ private:
 
 // The classic look's texture for a material of the same name on the mesh of the same node:
 // the authored look draws the textures the classic import has already loaded.
-void ShareClassicTextures(const Model& model, AuthoredScene& scene) {
-    for (AuthoredMesh& mesh : scene.m_Meshes) {
-        auto classic = model.m_Meshes.find(mesh.m_Name);
-        if (classic == model.m_Meshes.end())
-            continue;
-        for (AuthoredMaterial& material : mesh.m_Materials) {
-            for (const Material& loaded : classic->second.m_Materials) {
-                if (loaded.m_HasTexture && loaded.m_Name == material.m_Name) {
-                    material.m_HasTexture = true;
-                    material.m_TextureId = loaded.m_TextureId;
-                    break;
-                }
-            }
-        }
-    }
-}
-
 }  // namespace
 
-void ImportAuthoredScene(KFbxScene& scene, Model& model) {
+void ImportAuthoredScene(KFbxScene& scene, Model& model, AuthoredTextures* textures) {
     auto authored = std::make_shared<AuthoredScene>();
-    SceneReader(scene, *authored).Read();
-    ShareClassicTextures(model, *authored);
+    SceneReader(scene, *authored, textures).Read();
     model.m_Authored = std::move(authored);
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "fbx/sdk/fbxsdk.h"
+#include "import/AuthoredTextures.h"
 
 namespace {
 
@@ -49,6 +50,24 @@ float Alpha(const KFbxSurfaceMaterial& material) {
     return static_cast<float>(std::clamp(alpha, 0.0, 1.0));
 }
 
+UvPlacement Placement(const KFbxTexture& texture) {
+    const double pi = 3.14159265358979323846;
+    const double angle = texture.GetRotationW() * pi / 180.0;
+    const double c = std::cos(angle), s = std::sin(angle);
+    const double su = texture.GetScaleU(), sv = texture.GetScaleV();
+    const double tu = texture.GetTranslationU(), tv = texture.GetTranslationV();
+    // Rotated about (0.5, 0.5), then scaled, then moved.
+    UvPlacement placement;
+    const double m[6] = {su * c, -su * s, su * (0.5 - 0.5 * c + 0.5 * s) + tu,
+                         sv * s, sv * c,  sv * (0.5 - 0.5 * s - 0.5 * c) + tv};
+    for (double v : m) {
+        if (!std::isfinite(v))
+            return placement;
+    }
+    std::copy(m, m + 6, placement.m);
+    return placement;
+}
+
 AuthoredMaterial ReadMaterial(const KFbxSurfaceMaterial& source) {
     AuthoredMaterial material;
     material.m_Name = source.GetName();
@@ -70,12 +89,38 @@ AuthoredMaterial ReadMaterial(const KFbxSurfaceMaterial& source) {
 
 }  // namespace
 
-std::vector<AuthoredMaterial> ReadAuthoredMaterials(const KFbxNode& node) {
-    std::vector<AuthoredMaterial> materials;
+bool UvPlacement::IsIdentity() const {
+    return m[0] == 1.0 && m[1] == 0.0 && m[2] == 0.0 && m[3] == 0.0 && m[4] == 1.0 && m[5] == 0.0;
+}
+
+void UvPlacement::Apply(float& u, float& v) const {
+    const double pu = m[0] * u + m[1] * v + m[2];
+    const double pv = m[3] * u + m[4] * v + m[5];
+    u = std::isfinite(pu) ? static_cast<float>(pu) : 0.0f;
+    v = std::isfinite(pv) ? static_cast<float>(pv) : 0.0f;
+}
+
+AuthoredMaterials ReadAuthoredMaterials(const KFbxNode& node, AuthoredTextures* textures) {
+    AuthoredMaterials out;
     const int count = node.GetMaterialCount();
     for (int k = 0; k < count; ++k) {
         const KFbxSurfaceMaterial* source = node.GetMaterial(k);
-        materials.push_back(source ? ReadMaterial(*source) : AuthoredMaterial());
+        out.m_Materials.push_back(source ? ReadMaterial(*source) : AuthoredMaterial());
+        out.m_Placements.emplace_back();
+        if (!source || !textures)
+            continue;
+        DiffuseTexture diffuse = textures->Diffuse(*source);
+        if (!diffuse.m_Image)
+            continue;
+        AuthoredMaterial& material = out.m_Materials.back();
+        const float strength =
+            static_cast<float>(std::clamp(Number(*source, "DiffuseFactor", 1.0), 0.0, 1.0));
+        for (int i = 0; i < 3; ++i)
+            material.m_Diffuse[i] = strength;
+        material.m_Blended = material.m_Blended || diffuse.m_Image->m_HasAlpha;
+        material.m_Texture = std::move(diffuse.m_Image);
+        if (diffuse.m_Texture)
+            out.m_Placements.back() = Placement(*diffuse.m_Texture);
     }
-    return materials;
+    return out;
 }

@@ -75,7 +75,8 @@ bool FiniteNormal(const KFbxVector4& v) {
 
 }  // namespace
 
-void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, AuthoredScene& out) {
+void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, AuthoredScene& out,
+                     AuthoredTextures* textures) {
     const KFbxMesh* source = node.GetMesh();
     if (!source)
         return;
@@ -95,7 +96,8 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         }
     }
 
-    target.m_Materials = ReadAuthoredMaterials(node);
+    AuthoredMaterials shading = ReadAuthoredMaterials(node, textures);
+    target.m_Materials = std::move(shading.m_Materials);
     const KFbxLayerElementNormal* normals =
         FirstElement(mesh, [](const KFbxLayer& l) { return l.GetNormals(); });
     const KFbxLayerElementUV* uvs =
@@ -119,6 +121,27 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         }
         if (!valid)
             continue;
+        int slot = target.m_Materials.empty() ? -1 : 0;
+        if (materials) {
+            int index = -1;
+            switch (materials->GetMappingMode()) {
+                case KFbxLayerElement::eBY_POLYGON:
+                    index = materials->GetIndexArray().GetAt(p);
+                    break;
+                case KFbxLayerElement::eALL_SAME:
+                    index = materials->GetIndexArray().GetAt(0);
+                    break;
+                default:
+                    index = 0;
+                    break;
+            }
+            slot = index >= 0 && static_cast<std::size_t>(index) < target.m_Materials.size() ? index
+                                                                                             : -1;
+        }
+        const UvPlacement* placement =
+            slot >= 0 && !shading.m_Placements[static_cast<std::size_t>(slot)].IsIdentity()
+                ? &shading.m_Placements[static_cast<std::size_t>(slot)]
+                : nullptr;
         const std::size_t base = target.m_CornerPoints.size();
         for (int k = 0; k < size; ++k)
             target.m_CornerPoints.push_back(
@@ -136,27 +159,12 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
                 target.m_CornerNormals.push_back(own ? static_cast<float>(n[i]) : face[i]);
             const int uv = uvs ? ElementIndex(*uvs, cp, p, first + k) : -1;
             const KFbxVector2 value = uv >= 0 ? uvs->GetDirectArray().GetAt(uv) : KFbxVector2();
-            target.m_CornerUVs.push_back(std::isfinite(value[0]) ? static_cast<float>(value[0])
-                                                                 : 0.0f);
-            target.m_CornerUVs.push_back(std::isfinite(value[1]) ? static_cast<float>(value[1])
-                                                                 : 0.0f);
-        }
-        int slot = target.m_Materials.empty() ? -1 : 0;
-        if (materials) {
-            int index = -1;
-            switch (materials->GetMappingMode()) {
-                case KFbxLayerElement::eBY_POLYGON:
-                    index = materials->GetIndexArray().GetAt(p);
-                    break;
-                case KFbxLayerElement::eALL_SAME:
-                    index = materials->GetIndexArray().GetAt(0);
-                    break;
-                default:
-                    index = 0;
-                    break;
-            }
-            slot = index >= 0 && static_cast<std::size_t>(index) < target.m_Materials.size() ? index
-                                                                                             : -1;
+            float u = std::isfinite(value[0]) ? static_cast<float>(value[0]) : 0.0f;
+            float v = std::isfinite(value[1]) ? static_cast<float>(value[1]) : 0.0f;
+            if (placement)
+                placement->Apply(u, v);
+            target.m_CornerUVs.push_back(u);
+            target.m_CornerUVs.push_back(v);
         }
         std::vector<std::uint32_t>& list =
             triangles[slot >= 0 ? static_cast<std::size_t>(slot) : slots - 1];

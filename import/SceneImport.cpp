@@ -2,10 +2,12 @@
 
 #include <cstdio>
 #include <fstream>
+#include <optional>
 
 #include "fbx/sdk/fbxsdk.h"
 #include "import/AnimationLoader.h"
 #include "import/AuthoredImport.h"
+#include "import/AuthoredTextures.h"
 #include "import/BoneHierarchy.h"
 #include "import/MeshLoader.h"
 
@@ -19,7 +21,8 @@ void PrintTakeInformation(KFbxImporter* importer) {
     std::printf("\n");
     for (int i = 0; i < takeCount; ++i) {
         KFbxTakeInfo* take = importer->GetTakeInfo(i);
-        if (!take) continue;
+        if (!take)
+            continue;
         std::printf("    Take %d\n", i);
         std::printf("         Name: \"%s\"\n", take->mName.Buffer());
         std::printf("         Description: \"%s\"\n", take->mDescription.Buffer());
@@ -109,7 +112,8 @@ bool LoadScene(ImportContext* context, const char* fileName) {
         }
     }
 
-    if (options) options->Destroy(false, false);
+    if (options)
+        options->Destroy(false, false);
     importer->Destroy(false, false);
     return imported;
 }
@@ -133,20 +137,30 @@ void WalkNodeAt(ImportContext* context, KFbxNode* node, int depth);
 
 }  // namespace
 
-void WalkNode(ImportContext* context, KFbxNode* node) { WalkNodeAt(context, node, 0); }
+void WalkNode(ImportContext* context, KFbxNode* node) {
+    WalkNodeAt(context, node, 0);
+}
 
 namespace {
 
 void WalkNodeAt(ImportContext* context, KFbxNode* node, int depth) {
-    if (!node || depth > kMaxNodeDepth) return;
+    if (!node || depth > kMaxNodeDepth)
+        return;
     KFbxNodeAttribute* attribute = node->GetNodeAttribute();
-    if (!attribute) return;
+    if (!attribute)
+        return;
 
     const int type = attribute->GetAttributeType();
     switch (type) {
-        case KFbxNodeAttribute::eUNIDENTIFIED: std::printf("UNIDENTIFIED:\n"); break;
-        case KFbxNodeAttribute::eNULL: std::printf("NULL:\n"); break;
-        case KFbxNodeAttribute::eMARKER: std::printf("MARKER:\n"); break;
+        case KFbxNodeAttribute::eUNIDENTIFIED:
+            std::printf("UNIDENTIFIED:\n");
+            break;
+        case KFbxNodeAttribute::eNULL:
+            std::printf("NULL:\n");
+            break;
+        case KFbxNodeAttribute::eMARKER:
+            std::printf("MARKER:\n");
+            break;
         case KFbxNodeAttribute::eSKELETON:
             if (!context->SkeletonLoaded) {
                 LoadBoneHierarchy(context, node, "");
@@ -158,15 +172,33 @@ void WalkNodeAt(ImportContext* context, KFbxNode* node, int depth) {
             std::printf("Mesh: %d\n", 0);
             LoadMesh(node, context);
             break;
-        case KFbxNodeAttribute::eNURB: std::printf("NURB:\n"); break;
-        case KFbxNodeAttribute::ePATCH: std::printf("PATCH:\n"); break;
-        case KFbxNodeAttribute::eCAMERA: std::printf("CAMERA:\n"); break;
-        case KFbxNodeAttribute::eLIGHT: std::printf("LIGHT:\n"); break;
-        case KFbxNodeAttribute::eNURBS_CURVE: std::printf("NURBS_CURVE:\n"); break;
-        case KFbxNodeAttribute::eBOUNDARY: std::printf("BOUNDARY:\n"); break;
-        case KFbxNodeAttribute::eNURBS_SURFACE: std::printf("NURBS_SURFACE:\n"); break;
-        case KFbxNodeAttribute::eSHAPE: std::printf("SHAPE:\n"); break;
-        default: std::printf("Something: %d\n", type); break;
+        case KFbxNodeAttribute::eNURB:
+            std::printf("NURB:\n");
+            break;
+        case KFbxNodeAttribute::ePATCH:
+            std::printf("PATCH:\n");
+            break;
+        case KFbxNodeAttribute::eCAMERA:
+            std::printf("CAMERA:\n");
+            break;
+        case KFbxNodeAttribute::eLIGHT:
+            std::printf("LIGHT:\n");
+            break;
+        case KFbxNodeAttribute::eNURBS_CURVE:
+            std::printf("NURBS_CURVE:\n");
+            break;
+        case KFbxNodeAttribute::eBOUNDARY:
+            std::printf("BOUNDARY:\n");
+            break;
+        case KFbxNodeAttribute::eNURBS_SURFACE:
+            std::printf("NURBS_SURFACE:\n");
+            break;
+        case KFbxNodeAttribute::eSHAPE:
+            std::printf("SHAPE:\n");
+            break;
+        default:
+            std::printf("Something: %d\n", type);
+            break;
     }
 
     for (int i = 0; i < node->GetChildCount(); ++i) {
@@ -183,12 +215,17 @@ void ImportModelFile(const std::string& fileName, Model* model, ModelLook look) 
     context.Target = model;
     context.SkeletonLoaded = false;
     LoadScene(&context, fileName.c_str());
+    // In the authored look the texture walk loads images of every format through these.
+    AuthoredTextures textures(fileName);
+    std::optional<AuthoredTextureScope> scope;
+    if (look == ModelLook::Authored)
+        scope.emplace(textures);
     {
         Model copy = LoadModel(&context);
         (void)copy;  // the walk filled *model; the copy is part of the interface only
     }
     if (look == ModelLook::Authored && context.Scene)
-        ImportAuthoredScene(*context.Scene, *model);
+        ImportAuthoredScene(*context.Scene, *model, &textures);
     context.Manager->Destroy();
     context.Manager = nullptr;
 }

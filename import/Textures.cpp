@@ -5,6 +5,7 @@
 #include <string>
 
 #include "fbx/sdk/fbxsdk.h"
+#include "import/AuthoredTextures.h"
 #include "import/Bitmap.h"
 #include "model/Material.h"
 
@@ -12,7 +13,8 @@ namespace {
 
 std::string PickFileName(const KFbxTexture& texture) {
     std::string name = texture.GetRelativeFileName();
-    if (name.empty()) name = texture.GetFileName();
+    if (name.empty())
+        name = texture.GetFileName();
     return name;
 }
 
@@ -25,13 +27,15 @@ std::string WithForwardSlashes(std::string path) {
 void WalkLayeredTextures(const KFbxProperty& property) {
     const int layeredCount = property.GetSrcObjectCount(KFbxLayeredTexture::ClassId);
     for (int i = 0; i < layeredCount; ++i) {
-        auto* layered = KFbxCast<KFbxLayeredTexture>(
-            property.GetSrcObject(KFbxLayeredTexture::ClassId, i));
-        if (!layered) continue;
+        auto* layered =
+            KFbxCast<KFbxLayeredTexture>(property.GetSrcObject(KFbxLayeredTexture::ClassId, i));
+        if (!layered)
+            continue;
         const int textureCount = layered->GetSrcObjectCount(KFbxTexture::ClassId);
         for (int j = 0; j < textureCount; ++j) {
             auto* texture = KFbxCast<KFbxTexture>(layered->GetSrcObject(KFbxTexture::ClassId, j));
-            if (!texture) continue;
+            if (!texture)
+                continue;
             std::printf("Loading texture: %s\n", texture->GetName());
             KFbxLayeredTexture::EBlendMode mode = KFbxLayeredTexture::eTRANSLUCENT;
             layered->GetTextureBlendMode(j, mode);
@@ -45,6 +49,9 @@ void WalkLayeredTextures(const KFbxProperty& property) {
                 LoadImage(attempt, fileName);
             }
         }
+        // The authored look draws the first layer of the first layered texture.
+        if (AuthoredTextures* authored = AuthoredTextureScope::Current(); authored && i == 0)
+            authored->FirstLayer(*layered, true);
     }
 }
 
@@ -52,10 +59,17 @@ void WalkTextures(const KFbxProperty& property, Material& target) {
     const int textureCount = property.GetSrcObjectCount(KFbxTexture::ClassId);
     for (int i = 0; i < textureCount; ++i) {
         auto* texture = KFbxCast<KFbxTexture>(property.GetSrcObject(KFbxTexture::ClassId, i));
-        if (!texture || texture->Is(KFbxLayeredTexture::ClassId)) continue;
+        if (!texture || texture->Is(KFbxLayeredTexture::ClassId))
+            continue;
         std::printf("Loading texture: %s\n", texture->GetName());
+        if (AuthoredTextures* authored = AuthoredTextureScope::Current()) {
+            // The authored look reads every image format itself; no bitmap is read here.
+            authored->Image(*texture, true);
+            continue;
+        }
         const std::string picked = PickFileName(*texture);
-        if (picked.empty()) continue;
+        if (picked.empty())
+            continue;
 
         auto* loaded = new Texture();
         loaded->m_Name = texture->GetName();
@@ -83,10 +97,16 @@ void WalkTextures(const KFbxProperty& property, Material& target) {
 
 }  // namespace
 
+std::string TextureFileName(const KFbxTexture& texture) {
+    return WithForwardSlashes(PickFileName(texture));
+}
+
 bool LoadMaterialTextures(KFbxSurfaceMaterial* material, Material& target) {
-    if (!material) return false;
+    if (!material)
+        return false;
     const KFbxProperty diffuse = material->FindProperty("DiffuseColor");
-    if (!diffuse.IsValid()) return false;
+    if (!diffuse.IsValid())
+        return false;
     if (diffuse.GetSrcObjectCount(KFbxLayeredTexture::ClassId) > 0) {
         WalkLayeredTextures(diffuse);
     } else {

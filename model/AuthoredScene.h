@@ -10,10 +10,12 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "model/Matrix4.h"
+#include "model/TextureImage.h"
 
 enum class KeyInterpolation : std::uint8_t {
     Constant,      // holds this key's value until the next key
@@ -102,9 +104,12 @@ struct AuthoredMaterial {
     float m_Specular[4] = {0.0f, 0.0f, 0.0f, 1.0f};
     float m_Emissive[4] = {0.0f, 0.0f, 0.0f, 1.0f};
     float m_Shininess = 0.0f;  // OpenGL specular exponent, 0 to 128
-    bool m_Blended = false;    // alpha below 1: drawn after the opaque surfaces
-    bool m_HasTexture = false;
-    unsigned int m_TextureId = 0;  // OpenGL texture name when m_HasTexture
+    // Alpha below 1, or a texture image that is not fully opaque: drawn after the opaque
+    // surfaces.
+    bool m_Blended = false;
+    // The image on the diffuse colour, shown lit by the material; null: the colours alone.
+    // The corner UVs of the material's triangles already carry the texture's placement.
+    std::shared_ptr<TextureImage> m_Texture;
 };
 
 // A run of a mesh's triangles drawn with one material.

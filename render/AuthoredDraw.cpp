@@ -12,6 +12,7 @@
 #include "model/Pose.h"
 #include "model/Skinning.h"
 #include "render/Draw.h"
+#include "render/TextureImageUpload.h"
 
 namespace {
 
@@ -74,8 +75,8 @@ bool ApplyMaterial(const AuthoredMaterial* material) {
     glMaterialfv(GL_FRONT_AND_BACK, GL_EMISSION, material->m_Emissive);
     // OpenGL refuses an exponent outside 0 to 128 and would keep the previous one.
     glMaterialf(GL_FRONT_AND_BACK, GL_SHININESS, std::clamp(material->m_Shininess, 0.0f, 128.0f));
-    if (material->m_HasTexture && material->m_TextureId != 0) {
-        glBindTexture(GL_TEXTURE_2D, material->m_TextureId);
+    if (material->m_Texture && material->m_Texture->m_GlName != 0) {
+        glBindTexture(GL_TEXTURE_2D, material->m_Texture->m_GlName);
         glEnable(GL_TEXTURE_2D);
         return true;
     }
@@ -234,6 +235,11 @@ void DrawOpaque(Model& model, FrameScratch& scratch, std::size_t& skinnedUsed) {
     glPushMatrix();
     PlaceModel(model);
     for (AuthoredMesh& mesh : scene.m_Meshes) {
+        // Images the import could not hand over go up before any list is compiled.
+        for (AuthoredMaterial& material : mesh.m_Materials) {
+            if (material.m_Texture)
+                UploadTextureImage(*material.m_Texture);
+        }
         if (mesh.IsSkinned()) {
             if (skinnedUsed == scratch.m_Skinned.size()) {
                 scratch.m_Skinned.emplace_back();
@@ -300,6 +306,9 @@ void DrawAuthoredModels(const std::list<Model*>& models) {
     glEnable(GL_NORMALIZE);
     glShadeModel(GL_SMOOTH);
     glLightModeli(GL_LIGHT_MODEL_TWO_SIDE, GL_TRUE);
+    // Textures tint the lit colour; highlights stay white on top of them.
+    glLightModeli(GL_LIGHT_MODEL_COLOR_CONTROL, GL_SEPARATE_SPECULAR_COLOR);
+    glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
     glDisable(GL_TEXTURE_2D);
     glDisable(GL_BLEND);
     glEnableClientState(GL_VERTEX_ARRAY);

@@ -9,6 +9,7 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "render/TextureImageUpload.h"
 #include "render/TextureUpload.h"
 #include "shell/Frame.h"
 #include "shell/KeyboardInput.h"
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
     }
 
     InstallTextureUpload();
+    InstallTextureImageUpload();
     g_Game = new Game();
     g_Game->m_Viewport.m_Width = g_WindowWidth;
     g_Game->m_Viewport.m_Height = g_WindowHeight;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "render/TextureImageUpload.h"
 #include "render/TextureUpload.h"
 
 void GlTest::SetUp() {
@@ -28,6 +29,7 @@ void GlTest::SetUp() {
         glEnable(GL_LIGHTING);
         glEnable(GL_LIGHT0);
         InstallTextureUpload();
+        InstallTextureImageUpload();
         return true;
     }();
     (void)opened;
