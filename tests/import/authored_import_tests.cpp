@@ -1,8 +1,9 @@
 // The authored look's import: the same console report as the classic look, every node and
-// material, and damaged skins made safe.
+// material, damaged skins made safe, and what textures say when they are not all shown.
 #include <cmath>
 #include <limits>
 
+#include "fbx/write/PngFile.h"
 #include "import_support.h"
 #include "model/Pose.h"
 #include "model/Skinning.h"
@@ -108,6 +109,69 @@ TEST_F(AuthoredImport, EveryMaterialOfTheNodeDrawsItsOwnPolygons) {
         EXPECT_EQ(out.m_Ranges[r].m_Material, materials[r]);
         EXPECT_EQ(out.m_Ranges[r].m_Count, counts[r]);
     }
+}
+
+// Two squares sharing a material whose diffuse colour is a layered texture of three, a
+// material with an image that claims to be 100000 pixels square, one with a cut PNG.
+TEST_F(AuthoredImport, TexturesSayWhatIsNotShown) {
+    const std::vector<std::uint8_t> png =
+        fbx::EncodePng(2, 2, std::vector<std::uint8_t>(16, 200), false);
+    std::vector<std::uint8_t> huge = png;
+    for (int at : {16, 20}) {  // the header's width and height, big-endian
+        huge[at] = 0, huge[at + 1] = 1, huge[at + 2] = 0x86, huge[at + 3] = 0xa0;
+    }
+    fbx::SceneDescription scene;
+    for (const char* name : {"first.png", "second.png", "third.png", "huge.png", "cut.png"}) {
+        fbx::desc::Texture& texture = scene.textures.emplace_back();
+        texture.name = name;
+        texture.relativeFileName = name;
+    }
+    scene.textures[0].content = png;
+    scene.textures[3].content = huge;
+    scene.textures[4].content.assign(png.begin(), png.begin() + png.size() / 2);
+    scene.materials.resize(3);
+    scene.materials[0].name = "Stack";
+    scene.materials[0].diffuseTextures = {0, 1, 2};
+    scene.materials[0].layeredName = "Layers";
+    scene.materials[1].name = "Huge";
+    scene.materials[1].diffuseTextures = {3};
+    scene.materials[2].name = "Cut";
+    scene.materials[2].diffuseTextures = {4};
+    for (int material : {0, 0, 1, 2}) {
+        const int node =
+            scene.AddNode("Square" + std::to_string(scene.nodes.size()), fbx::desc::NodeType::Mesh);
+        scene.nodes[node].mesh.controlPoints = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+        scene.nodes[node].mesh.polygons = {{0, 1, 2, 3}};
+        scene.nodes[node].materials = {material};
+    }
+    Model model;
+    const std::string report = Report(WriteScene(scene), model, ModelLook::Authored);
+    const auto count = [&](const std::string& line) {
+        std::size_t n = 0;
+        for (std::size_t at = report.find(line); at != std::string::npos;
+             at = report.find(line, at + 1))
+            ++n;
+        return n;
+    };
+    EXPECT_EQ(count("Layered texture Layers: only its first layer, first.png, is drawn; 2 more "
+                    "are not.\n"),
+              1u)
+        << report;
+    EXPECT_EQ(count("Texture image huge.png: image is 100000 x 100000, larger than 32768; not "
+                    "loaded.\nFailed to load huge.png.\n"),
+              1u)
+        << report;
+    EXPECT_EQ(count("Failed to load cut.png.\n"), 1u) << report;
+    EXPECT_EQ(count("Failed to load"), 2u) << report;
+
+    ASSERT_TRUE(model.m_Authored);
+    const auto& meshes = model.m_Authored->m_Meshes;
+    ASSERT_EQ(meshes.size(), 4u);
+    ASSERT_TRUE(meshes[0].m_Materials.at(0).m_Texture);
+    EXPECT_EQ(meshes[0].m_Materials.at(0).m_Texture->m_Width, 2);
+    EXPECT_EQ(meshes[0].m_Materials.at(0).m_Texture, meshes[1].m_Materials.at(0).m_Texture);
+    EXPECT_FALSE(meshes[2].m_Materials.at(0).m_Texture);
+    EXPECT_FALSE(meshes[3].m_Materials.at(0).m_Texture);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "gl_test_context.h"
 #include "model/Model.h"
+#include "render/TextureImageUpload.h"
 #include "render/TextureUpload.h"
 
 namespace {
@@ -105,3 +106,39 @@ TEST_F(TextureUploadTest, ShortPixelBlockIsPaddedWithBlackAndImpossibleSizesUplo
 }
 
 }  // namespace
+
+// The authored look's images: a name from OpenGL, every mipmap level, trilinear filtering,
+// repeat wrapping, and the pixels let go; halving takes the mean of each two by two.
+TEST_F(TextureUploadTest, AuthoredImagesGoUpWithMipmapsUnderGeneratedNamesAndHalveToTheirMeans) {
+    TextureImage image;
+    image.m_Width = 4;
+    image.m_Height = 2;
+    for (int i = 0; i < 8; ++i)
+        image.m_Pixels.insert(image.m_Pixels.end(), {std::uint8_t(i * 30), 0, 10, 255});
+    TextureImage halved;
+    halved.m_Width = 4;
+    halved.m_Height = 2;
+    halved.m_Pixels = image.m_Pixels;
+    HalveTextureImage(halved);
+    ASSERT_EQ(halved.m_Width, 2);
+    ASSERT_EQ(halved.m_Height, 1);
+    // (0 + 30 + 120 + 150) / 4 and (60 + 90 + 180 + 210) / 4.
+    EXPECT_EQ(halved.m_Pixels, (std::vector<std::uint8_t>{75, 0, 10, 255, 135, 0, 10, 255}));
+
+    UploadTextureImage(image);
+    ASSERT_NE(image.m_GlName, 0u);
+    EXPECT_TRUE(image.m_Pixels.empty());
+    glBindTexture(GL_TEXTURE_2D, image.m_GlName);
+    GLint value = 0;
+    glGetTexLevelParameteriv(GL_TEXTURE_2D, 2, GL_TEXTURE_WIDTH, &value);
+    EXPECT_EQ(value, 1) << "the last mipmap level";
+    for (const auto& [parameter, expected] :
+         {std::pair<GLenum, GLint>{GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR},
+          {GL_TEXTURE_MAG_FILTER, GL_LINEAR},
+          {GL_TEXTURE_WRAP_S, GL_REPEAT},
+          {GL_TEXTURE_WRAP_T, GL_REPEAT}}) {
+        glGetTexParameteriv(GL_TEXTURE_2D, parameter, &value);
+        EXPECT_EQ(value, expected) << parameter;
+    }
+    glBindTexture(GL_TEXTURE_2D, 0);
+}
