@@ -2,11 +2,12 @@
 //
 //   demogen [ROOT]
 //
-// Writes ROOT/models/*.fbx and ROOT/textures/*.bmp (ROOT defaults to "Assets"): the loading
+// Writes ROOT/models/*.fbx and ROOT/textures/*.png (ROOT defaults to "Assets"): the loading
 // screen, title, arena, the robot and, in character.fbx, a skinned character on the robot's
-// stage. The models name their textures "Assets/textures/NAME.bmp", relative to the directory
-// the engine runs in, so run the engine from the directory that holds Assets/. The output is
-// the same on every run.
+// stage. The crate and checker images are embedded in the models that show them; the others
+// are PNG files the models name as a modelling tool does, relative to the model file
+// ("../textures/NAME.png"). The stripes have see-through gaps (an alpha channel). The output
+// is the same on every run.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "fbx/write/NodeMatrices.h"
+#include "fbx/write/PngFile.h"
 #include "fbx/write/SceneDescription.h"
 #include "fbx/write/WriterScene.h"
 #include "fbx/write/WriterSynthetic.h"
@@ -33,13 +35,14 @@ constexpr int kFbxVersion = 7500;
 constexpr bool kFbxBinary = true;
 // The engine steps one key frame per animation tick, 15 ticks a second.
 constexpr std::int64_t kTicksPerKey = fbx::desc::kTicksPerSecond / 15;
-const std::string kTextureDir = "Assets/textures/";
+const std::string kTextureDir = "../textures/";
 
 // ---------------------------------------------------------------------------------------------
-// Bitmaps
+// Texture images
 
 struct Rgb {
     int r = 0, g = 0, b = 0;
+    int a = 255;  // opacity
 };
 
 Rgb Mix(Rgb a, Rgb b, double t) {
@@ -52,7 +55,7 @@ Rgb Scale(Rgb c, double f) {
     return Mix({0, 0, 0}, c, f);
 }
 
-// An RGB image; row 0 is the bottom row, as in a bitmap file and an OpenGL texture.
+// An RGBA image; row 0 is the bottom row, as in an OpenGL texture.
 struct Image {
     int m_Width = 64;
     int m_Height = 64;
@@ -67,44 +70,23 @@ struct Image {
     }
 };
 
-void PutLittle(std::vector<unsigned char>& out, std::uint32_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i) {
-        out.push_back(static_cast<unsigned char>(value >> (8 * i)));
-    }
-}
-
 unsigned char ToByte(int value) {
     return static_cast<unsigned char>(value < 0 ? 0 : value > 255 ? 255 : value);
 }
 
-// An uncompressed 24-bit "BM" file. Widths are multiples of 4, so rows need no padding.
-bool WriteBitmap(const fs::path& path, const Image& image) {
-    const std::uint32_t dataSize = static_cast<std::uint32_t>(image.m_Width * image.m_Height * 3);
-    std::vector<unsigned char> out;
-    out.push_back('B');
-    out.push_back('M');
-    PutLittle(out, 54 + dataSize, 4);
-    PutLittle(out, 0, 4);   // reserved
-    PutLittle(out, 54, 4);  // pixel data offset
-    PutLittle(out, 40, 4);  // info header size
-    PutLittle(out, static_cast<std::uint32_t>(image.m_Width), 4);
-    PutLittle(out, static_cast<std::uint32_t>(image.m_Height), 4);
-    PutLittle(out, 1, 2);   // planes
-    PutLittle(out, 24, 2);  // bits per pixel
-    PutLittle(out, 0, 4);   // no compression
-    PutLittle(out, dataSize, 4);
-    PutLittle(out, 2835, 4);  // 72 dots per inch
-    PutLittle(out, 2835, 4);
-    PutLittle(out, 0, 4);
-    PutLittle(out, 0, 4);
-    for (const Rgb& pixel : image.m_Pixels) {
-        out.push_back(ToByte(pixel.b));
-        out.push_back(ToByte(pixel.g));
-        out.push_back(ToByte(pixel.r));
+// PNG bytes, top row first as PNG stores it; with an alpha channel only when some pixel is not
+// opaque.
+std::vector<std::uint8_t> EncodeImage(const Image& image) {
+    std::vector<std::uint8_t> rgba;
+    bool alpha = false;
+    for (int y = image.m_Height - 1; y >= 0; --y) {
+        for (int x = 0; x < image.m_Width; ++x) {
+            const Rgb& p = image.m_Pixels[static_cast<std::size_t>(y * image.m_Width + x)];
+            rgba.insert(rgba.end(), {ToByte(p.r), ToByte(p.g), ToByte(p.b), ToByte(p.a)});
+            alpha = alpha || p.a < 255;
+        }
     }
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(out.data()), static_cast<std::streamsize>(out.size()));
-    return static_cast<bool>(file);
+    return fbx::EncodePng(image.m_Width, image.m_Height, rgba, alpha);
 }
 
 Image CheckerImage() {
@@ -149,11 +131,12 @@ Image CrateImage() {
     return image;
 }
 
+// Yellow stripes with dark, half see-through gaps between them.
 Image StripesImage() {
     Image image;
     image.Fill([](int x, int y) {
         const bool yellow = ((x + y) / 8) % 2 == 0;
-        return yellow ? Rgb{246, 200, 36} : Rgb{34, 34, 38};
+        return yellow ? Rgb{246, 200, 36} : Rgb{34, 34, 38, 110};
     });
     return image;
 }
@@ -373,8 +356,25 @@ private:
 struct Look {
     Vec3 m_Diffuse = {0.8, 0.8, 0.8};
     double m_Emissive = 0.1;  // keeps faces that turn away from the light readable
-    std::string m_Texture;    // bitmap name without directory, or empty
+    std::string m_Texture;    // image file name without directory, or empty
 };
+
+// The demo's images by file name.
+Image TextureImage(const std::string& name) {
+    static const std::pair<const char*, Image (*)()> kImages[] = {
+        {"checker.png", CheckerImage}, {"crate.png", CrateImage}, {"stripes.png", StripesImage},
+        {"sky.png", SkyImage},         {"panel.png", PanelImage}, {"face.png", FaceImage}};
+    for (const auto& [file, make] : kImages) {
+        if (name == file)
+            return make();
+    }
+    return Image();
+}
+
+// Images the models carry inside them, as exporters embed them; the others are files.
+bool IsEmbedded(const std::string& name) {
+    return name == "checker.png" || name == "crate.png";
+}
 
 int AddMaterial(fbx::SceneDescription& scene, const std::string& name, const Look& look) {
     fbx::desc::Material material;
@@ -387,6 +387,8 @@ int AddMaterial(fbx::SceneDescription& scene, const std::string& name, const Loo
         texture.name = name + "Texture";
         texture.fileName = kTextureDir + look.m_Texture;
         texture.relativeFileName = kTextureDir + look.m_Texture;
+        if (IsEmbedded(look.m_Texture))
+            texture.content = EncodeImage(TextureImage(look.m_Texture));
         scene.textures.push_back(texture);
         material.diffuseTextures.push_back(static_cast<int>(scene.textures.size()) - 1);
     }
@@ -409,7 +411,7 @@ void AddBackdrop(fbx::SceneDescription& scene) {
     Shape wall;
     wall.Quad({{{-70, -50, -30}, {70, -50, -30}, {70, 50, -30}, {-70, 50, -30}}},
               {{{0, 0}, {1.4, 0}, {1.4, 1}, {0, 1}}});
-    AddMeshNode(scene, "Backdrop", wall, {{1, 1, 1}, 0.05, "sky.bmp"});
+    AddMeshNode(scene, "Backdrop", wall, {{1, 1, 1}, 0.05, "sky.png"});
 }
 
 Shape Crate(const Vec3& centre, double size) {
@@ -429,7 +431,7 @@ fbx::SceneDescription LoadingScene() {
         bar.Box({-9.0 + i * 3.8, -1.2, -1.2}, {-6.6 + i * 3.8, 1.2, 1.2});
     }
     bar.Transform(PoseRotation(15, -20));
-    AddMeshNode(scene, "LoadingBar", bar, {{1, 1, 1}, 0.2, "stripes.bmp"});
+    AddMeshNode(scene, "LoadingBar", bar, {{1, 1, 1}, 0.2, "stripes.png"});
     return scene;
 }
 
@@ -477,11 +479,11 @@ fbx::SceneDescription TitleScene() {
     Shape platform;
     platform.Box({-14, -5.0, -5}, {14, -3.7, 5}, {4.0, false});
     platform.Transform(pose);
-    AddMeshNode(scene, "Platform", platform, {{1, 1, 1}, 0.35, "checker.bmp"});
+    AddMeshNode(scene, "Platform", platform, {{1, 1, 1}, 0.35, "checker.png"});
     Shape crates = Crate({-12, -2.45, 2}, 2.5);
     crates.Append(Crate({12, -2.45, 1.5}, 2.5));
     crates.Transform(pose);
-    AddMeshNode(scene, "Crates", crates, {{1, 1, 1}, 0.15, "crate.bmp"});
+    AddMeshNode(scene, "Crates", crates, {{1, 1, 1}, 0.15, "crate.png"});
     return scene;
 }
 
@@ -493,7 +495,7 @@ fbx::SceneDescription ArenaScene() {
     Shape floor;
     floor.Box({-14, -1, -14}, {14, 0, 14}, {4.0, false});
     floor.Transform(pose);
-    AddMeshNode(scene, "Floor", floor, {{1, 1, 1}, 0.4, "checker.bmp"});
+    AddMeshNode(scene, "Floor", floor, {{1, 1, 1}, 0.4, "checker.png"});
 
     Shape crates;
     const Vec3 spots[] = {{-7, 1.5, -7}, {7, 1.5, -5}, {-4, 1.5, 7}, {7, 1.5, 7},
@@ -501,7 +503,7 @@ fbx::SceneDescription ArenaScene() {
     for (const Vec3& spot : spots)
         crates.Append(Crate(spot, 3.0));
     crates.Transform(pose);
-    AddMeshNode(scene, "Crates", crates, {{1, 1, 1}, 0.15, "crate.bmp"});
+    AddMeshNode(scene, "Crates", crates, {{1, 1, 1}, 0.15, "crate.png"});
 
     Shape posts;
     for (double x : {-12.5, 12.5}) {
@@ -509,7 +511,7 @@ fbx::SceneDescription ArenaScene() {
             posts.Box({x - 0.7, 0, z - 0.7}, {x + 0.7, 6, z + 0.7}, {2.0});
     }
     posts.Transform(pose);
-    AddMeshNode(scene, "Posts", posts, {{1, 1, 1}, 0.2, "stripes.bmp"});
+    AddMeshNode(scene, "Posts", posts, {{1, 1, 1}, 0.2, "stripes.png"});
     return scene;
 }
 
@@ -626,13 +628,13 @@ Shape BonePiece(BoneId bone) {
 Look BoneLook(BoneId bone) {
     switch (bone) {
         case kHips:
-            return {{0.55, 0.58, 0.65}, 0.12, "panel.bmp"};
+            return {{0.55, 0.58, 0.65}, 0.12, "panel.png"};
         case kBody:
-            return {{1.0, 0.55, 0.22}, 0.12, "panel.bmp"};
+            return {{1.0, 0.55, 0.22}, 0.12, "panel.png"};
         case kHead:
-            return {{1, 1, 1}, 0.12, "face.bmp"};
+            return {{1, 1, 1}, 0.12, "face.png"};
         default:
-            return {{0.85, 0.88, 0.95}, 0.12, "panel.bmp"};
+            return {{0.85, 0.88, 0.95}, 0.12, "panel.png"};
     }
 }
 
@@ -733,12 +735,12 @@ void AddStageAndProps(fbx::SceneDescription& scene, const Matrix3& pose) {
     }
     stage.Polygon(top, topUvs);
     stage.Transform(pose);
-    AddMeshNode(scene, "Stage", stage, {{1, 1, 1}, 0.4, "checker.bmp"});
+    AddMeshNode(scene, "Stage", stage, {{1, 1, 1}, 0.4, "checker.png"});
 
     Shape props = Crate({-9.5, -3.3, -2}, 3.0);
     props.Append(Crate({9.0, -3.55, -1}, 2.5));
     props.Transform(pose);
-    AddMeshNode(scene, "Props", props, {{1, 1, 1}, 0.15, "crate.bmp"});
+    AddMeshNode(scene, "Props", props, {{1, 1, 1}, 0.15, "crate.png"});
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -807,7 +809,10 @@ bool WriteModel(const fs::path& path, const fbx::SceneDescription& scene) {
 }
 
 bool WriteTexture(const fs::path& path, const Image& image) {
-    if (!WriteBitmap(path, image)) {
+    const std::vector<std::uint8_t> png = EncodeImage(image);
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
+    if (png.empty() || !file) {
         std::fprintf(stderr, "demogen: cannot write %s\n", path.string().c_str());
         return false;
     }
@@ -834,12 +839,8 @@ int main(int argc, char** argv) {
 
     bool ok = true;
     const fs::path textures = root / "textures";
-    ok = WriteTexture(textures / "checker.bmp", CheckerImage()) && ok;
-    ok = WriteTexture(textures / "crate.bmp", CrateImage()) && ok;
-    ok = WriteTexture(textures / "stripes.bmp", StripesImage()) && ok;
-    ok = WriteTexture(textures / "sky.bmp", SkyImage()) && ok;
-    ok = WriteTexture(textures / "panel.bmp", PanelImage()) && ok;
-    ok = WriteTexture(textures / "face.bmp", FaceImage()) && ok;
+    for (const char* name : {"stripes.png", "sky.png", "panel.png", "face.png"})
+        ok = WriteTexture(textures / name, TextureImage(name)) && ok;
 
     const fs::path models = root / "models";
     ok = WriteModel(models / "loading.fbx", LoadingScene()) && ok;
