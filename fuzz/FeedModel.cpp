@@ -1,5 +1,6 @@
 // Feed for the engine's model import: an FBX file all the way into a Model, in the authored
-// look, so its records are also evaluated: node transforms, curves and skinning.
+// look, so its records are also evaluated: node transforms, curves and skinning; and its
+// embedded images decoded through the engine's texture loading.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -46,9 +47,17 @@ void PoseAuthored(const AuthoredScene& scene) {
         for (std::uint32_t corner : mesh.m_Triangles)
             Check(corner < mesh.m_CornerPoints.size(), "a triangle names a missing corner");
         for (const MaterialRange& range : mesh.m_Ranges)
-            Check(range.m_First + static_cast<std::size_t>(range.m_Count) <=
-                      mesh.m_Triangles.size(),
-                  "a material range runs past the triangles");
+            Check(
+                range.m_First + static_cast<std::size_t>(range.m_Count) <= mesh.m_Triangles.size(),
+                "a material range runs past the triangles");
+        for (const AuthoredMaterial& material : mesh.m_Materials) {
+            if (const TextureImage* image = material.m_Texture.get())
+                Check(image->m_Width > 0 && image->m_Height > 0 &&
+                          image->m_Pixels.size() == static_cast<std::size_t>(image->m_Width) *
+                                                        static_cast<std::size_t>(image->m_Height) *
+                                                        4,
+                      "a texture image whose pixels do not fill its size");
+        }
     }
     std::vector<int> frames = {-1};
     for (const TakeSpan& take : scene.m_Takes) {

@@ -1,15 +1,20 @@
 // fbxgen: writes synthetic FBX files for tests, benchmarks and the demo.
 //
 //   fbxgen [--preset grid|cube|skinned|character] [--character] [--corners N] [--clusters K]
-//          [--bones B] [--takes T] [--keys M] [--texture FILE] [--password P]
-//          [--version 6100|7500] [--ascii|--binary] OUT.fbx
+//          [--bones B] [--takes T] [--keys M] [--texture FILE] [--embed IMAGE]
+//          [--password P] [--version 6100|7500] [--ascii|--binary] OUT.fbx
 //
+// --embed puts the bytes of the IMAGE file inside the written file, in every texture's video
+// clip, as exporters embed images.
 // --character (or --preset character) writes the skinned, animated character of
 // MakeSkinnedCharacter(): --corners (default 5000), --bones (22..1000, default 30) and --takes
 // (0..2, default both) size it, up to 2000000 corners; --password marks it too.
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "fbx/write/WriterScene.h"
 #include "fbx/write/WriterSynthetic.h"
@@ -20,8 +25,8 @@ void PrintUsage() {
     std::fprintf(stderr,
                  "usage: fbxgen [--preset grid|cube|skinned|character] [--character]\n"
                  "              [--corners N] [--clusters K] [--bones B] [--takes T] [--keys M]\n"
-                 "              [--texture FILE] [--password P] [--version 6100|7500]\n"
-                 "              [--ascii|--binary] OUT.fbx\n");
+                 "              [--texture FILE] [--embed IMAGE] [--password P]\n"
+                 "              [--version 6100|7500] [--ascii|--binary] OUT.fbx\n");
 }
 
 // Reads a non-negative whole number no larger than max; false on anything else.
@@ -42,6 +47,7 @@ int main(int argc, char** argv) {
     fbx::SyntheticOptions options;
     std::string preset = "grid";
     std::string output;
+    std::string embed;  // image file whose bytes the textures carry
     int version = 7500;
     bool binary = true;
     bool cornersGiven = false;
@@ -67,13 +73,15 @@ int main(int argc, char** argv) {
                 PrintUsage();
                 return 2;
             }
-        } else if (arg == "--texture" || arg == "--password") {
+        } else if (arg == "--texture" || arg == "--password" || arg == "--embed") {
             const char* v = value();
             if (!v) {
                 std::fprintf(stderr, "fbxgen: %s needs a value\n", arg.c_str());
                 return 2;
             }
-            (arg == "--texture" ? options.texture : options.password) = v;
+            (arg == "--texture" ? options.texture
+             : arg == "--embed" ? embed
+                                : options.password) = v;
         } else if (arg == "--version") {
             const char* v = value();
             if (!ParseCount(v, 9999, n) || (n != 6100 && n != 7500)) {
@@ -153,6 +161,17 @@ int main(int argc, char** argv) {
                 options.keys = 24;
         }
         scene = fbx::MakeSyntheticScene(options);
+    }
+    if (!embed.empty()) {
+        std::ifstream in(embed, std::ios::binary);
+        const std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)),
+                                              std::istreambuf_iterator<char>());
+        if (!in.good() && !in.eof()) {
+            std::fprintf(stderr, "fbxgen: cannot read %s\n", embed.c_str());
+            return 1;
+        }
+        for (fbx::desc::Texture& texture : scene.textures)
+            texture.content = bytes;
     }
     std::string error;
     if (!fbx::WriteFile(output, scene, version, binary, &error)) {
