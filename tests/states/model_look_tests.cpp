@@ -53,7 +53,7 @@ TEST_F(ModelLookTest, TableChoosesTheLookAndAnUnknownOneIsNamedOnceAndPlaysClass
     }
 }
 
-TEST_F(ModelLookTest, StatesImportTheirModelsInTheLookWithTheSameConsoleReport) {
+TEST_F(ModelLookTest, StatesImportTheirModelsInTheLookAndOnlyImagesThatNowLoadChangeTheReport) {
     const std::string state =
         m_Dir.Write("menu.xml", "<state><Name>Menu</Name><URL>" ENGINE_SOURCE_DIR
                                 "/Assets/models/loading.fbx</URL></state>");
@@ -71,6 +71,15 @@ TEST_F(ModelLookTest, StatesImportTheirModelsInTheLookWithTheSameConsoleReport) 
             EXPECT_EQ(holder->m_Models.front()->m_Authored != nullptr, authored);
         }
         delete game.m_Loader;
+    }
+    // The loading screen's PNG textures fail in the classic look and load in the authored one.
+    for (const char* line :
+         {"Failed to load ../textures/sky.png.\n", "Failed to load ../textures/stripes.png.\n"}) {
+        const std::string failure = line;
+        std::size_t erased = 0;
+        for (std::size_t at; (at = reports[0].find(failure)) != std::string::npos; ++erased)
+            reports[0].erase(at, failure.size());
+        EXPECT_EQ(erased, 2u) << line;  // the loader and the state
     }
     EXPECT_EQ(reports[0], reports[1]);
 }
