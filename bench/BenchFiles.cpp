@@ -14,6 +14,15 @@ fbx::SyntheticOptions LargeSceneOptions() {
     return options;
 }
 
+fbx::SyntheticOptions GridSceneOptions() {
+    fbx::SyntheticOptions options;
+    options.corners = 4000000;
+    options.clusters = 64;
+    options.takes = 0;
+    options.keys = 0;
+    return options;
+}
+
 std::vector<BenchFile> EnsureBenchFiles(const std::string& dir,
                                         const fbx::SyntheticOptions& options) {
     namespace fs = std::filesystem;

@@ -3,15 +3,22 @@
 // library's import, the engine's whole import, assimp's import of the same 7500 files, peak
 // memory per corner, and the time of drawing many models. Ends with one summary table.
 //
-//   bench_import [--data-dir=DIR] [--no-frames] [--no-memory] [benchmark flags]
+// Then the start-up table: every file of that scene and of a 4-million-corner grid imported in
+// a new process, the engine itself in both looks and assimp's own small program, each with its
+// wall time and peak resident memory (the median of --cold-runs runs).
+//
+//   bench_import [--data-dir=DIR] [--no-frames] [--no-memory] [--no-cold] [--cold-runs=N]
+//                [benchmark flags]
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -21,6 +28,7 @@
 
 #include "bench/BenchFiles.h"
 #include "bench/CharacterBench.h"
+#include "bench/ColdImport.h"
 #include "bench/FrameBench.h"
 #include "bench/Importers.h"
 #include "bench/PeakMemory.h"
@@ -145,6 +153,62 @@ std::string Cell(double value, const char* format) {
     return text;
 }
 
+// The run of median time among runs of one cold import; not ok when any run failed.
+ColdFigures MedianRun(int runs, const std::function<ColdFigures()>& run) {
+    std::vector<ColdFigures> all;
+    for (int i = 0; i < runs; ++i) {
+        all.push_back(run());
+        if (!all.back().m_Ok)
+            return all.back();
+    }
+    std::sort(all.begin(), all.end(),
+              [](const ColdFigures& a, const ColdFigures& b) { return a.m_Seconds < b.m_Seconds; });
+    return all[all.size() / 2];
+}
+
+// Start-up as a user meets it: every file imported in a new process.
+struct ColdFile : BenchFile {
+    std::string m_Scene;  // which generated scene: "scene" or "grid"
+};
+
+void ColdTable(const std::vector<ColdFile>& files, const std::string& dataDir, int runs) {
+    std::printf(
+        "\nStart-up: each import in a new process, median of %d (engine: process start to "
+        "\"Finished loading xml.\"; assimp: assimp_import start to exit); peak resident MB\n",
+        runs);
+    std::printf("%-24s %7s %9s %8s %9s %8s %8s %8s %9s %8s\n", "file", "MB", "classic", "classic",
+                "authored", "authored", "assimp", "assimp", "classic/", "classic/");
+    std::printf("%-24s %7s %9s %8s %9s %8s %8s %8s %9s %8s\n", "", "", "s", "MB", "s", "MB", "s",
+                "MB", "assimp s", "assimp MB");
+    for (const ColdFile& file : files) {
+        ColdFigures looks[2];
+        const char* names[2] = {"classic", "authored"};
+        for (int l = 0; l < 2; ++l) {
+            looks[l] = MedianRun(runs, [&] {
+                return EngineColdImport(ENGINE_EXECUTABLE, file.m_Path, names[l], dataDir);
+            });
+        }
+        ColdFigures peer;
+        if (file.m_Version >= 7000)
+            peer = MedianRun(runs, [&] { return PeerColdImport(PEER_EXECUTABLE, file.m_Path); });
+        const auto seconds = [](const ColdFigures& f) { return f.m_Ok ? f.m_Seconds : -1.0; };
+        const auto mb = [](const ColdFigures& f) {
+            return f.m_Ok ? static_cast<double>(f.m_PeakBytes) / 1e6 : -1.0;
+        };
+        const ColdFigures& classic = looks[0];
+        std::printf(
+            "%-24s %7.1f %9s %8s %9s %8s %8s %8s %9s %8s\n",
+            (file.m_Scene + " " + file.m_Label).c_str(), static_cast<double>(file.m_Bytes) / 1e6,
+            Cell(seconds(classic), "%.2f").c_str(), Cell(mb(classic), "%.0f").c_str(),
+            Cell(seconds(looks[1]), "%.2f").c_str(), Cell(mb(looks[1]), "%.0f").c_str(),
+            Cell(seconds(peer), "%.2f").c_str(), Cell(mb(peer), "%.0f").c_str(),
+            Cell(peer.m_Ok && classic.m_Ok ? classic.m_Seconds / peer.m_Seconds : -1, "%.2f")
+                .c_str(),
+            Cell(peer.m_Ok && classic.m_Ok ? mb(classic) / mb(peer) : -1, "%.2f").c_str());
+        std::fflush(stdout);
+    }
+}
+
 std::string MachineName() {
     std::ifstream cpuinfo("/proc/cpuinfo");
     std::string line;
@@ -167,6 +231,8 @@ int main(int argc, char** argv) {
     std::string dataDir = ENGINE_BENCH_DATA_DIR;
     bool frames = true;
     bool memory = true;
+    bool cold = true;
+    int coldRuns = 3;
     std::vector<char*> rest = {argv[0]};
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
@@ -176,6 +242,10 @@ int main(int argc, char** argv) {
             frames = false;
         } else if (arg == "--no-memory") {
             memory = false;
+        } else if (arg == "--no-cold") {
+            cold = false;
+        } else if (arg.rfind("--cold-runs=", 0) == 0) {
+            coldRuns = std::max(1, std::atoi(arg.c_str() + 12));
         } else {
             rest.push_back(argv[i]);
         }
@@ -319,6 +389,14 @@ int main(int argc, char** argv) {
                     Cell(library > 0 ? mb / library : -1, "%.0f").c_str(),
                     Cell(perCorner("Engine/" + label), "%.0f").c_str(),
                     Cell(perCorner("Assimp/" + label), "%.0f").c_str());
+    }
+    if (cold) {
+        std::vector<ColdFile> coldFiles;
+        for (const Loaded& input : inputs)
+            coldFiles.push_back({input.file, "scene"});
+        for (const BenchFile& file : EnsureBenchFiles(dataDir, GridSceneOptions()))
+            coldFiles.push_back({file, "grid"});
+        ColdTable(coldFiles, dataDir, coldRuns);
     }
     if (frameScene) {
         std::printf("\nFrames: %d models of %zu corners (display lists), 640x480\n",
