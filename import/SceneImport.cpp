@@ -118,13 +118,17 @@ bool LoadScene(ImportContext* context, const char* fileName) {
     return imported;
 }
 
-Model LoadModel(ImportContext* context) {
+void WalkScene(ImportContext* context) {
     KFbxNode* root = context->Scene ? context->Scene->GetRootNode() : nullptr;
     if (root) {
         for (int i = 0; i < root->GetChildCount(); ++i) {
             WalkNode(context, root->GetChild(i));
         }
     }
+}
+
+Model LoadModel(ImportContext* context) {
+    WalkScene(context);
     return *context->Target;
 }
 
@@ -220,10 +224,9 @@ void ImportModelFile(const std::string& fileName, Model* model, ModelLook look) 
     std::optional<AuthoredTextureScope> scope;
     if (look == ModelLook::Authored)
         scope.emplace(textures);
-    {
-        Model copy = LoadModel(&context);
-        (void)copy;  // the walk filled *model; the copy is part of the interface only
-    }
+    // LoadModel's copy of the model would be thrown away unseen (a copied texture takes no
+    // id): the walk alone fills *model without a second copy of every vertex.
+    WalkScene(&context);
     if (look == ModelLook::Authored && context.Scene)
         ImportAuthoredScene(*context.Scene, *model, &textures);
     context.Manager->Destroy();

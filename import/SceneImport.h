@@ -14,7 +14,10 @@ class KFbxNode;
 // once for a password when the file needs one. Returns the result of the last import try.
 bool LoadScene(ImportContext* context, const char* fileName);
 
-// Walks the children of the scene's root into context->Target; returns a copy of the Model.
+// Walks the children of the scene's root into context->Target.
+void WalkScene(ImportContext* context);
+
+// WalkScene, then returns a copy of the Model.
 Model LoadModel(ImportContext* context);
 
 // One node of the walk: reports its type, loads meshes and skeletons, then its children.
@@ -22,7 +25,7 @@ Model LoadModel(ImportContext* context);
 void WalkNode(ImportContext* context, KFbxNode* node);
 
 // The whole import of one model file into model, in the engine's calling order: manager
-// and scene made, LoadScene, LoadModel (its copy discarded), manager destroyed.
+// and scene made, LoadScene, the walk of LoadModel (without its copy), manager destroyed.
 // In the authored look the scene's authored records are built too (ImportAuthoredScene) and
 // textures load images of every format (AuthoredTextures.h): the console report is the same
 // in both looks but where an image now loads.
