@@ -109,6 +109,79 @@ struct Token {
     std::size_t length = 0;
 };
 
+// The numbers of an array, 8 bytes each, straight into the bytes its value will keep:
+// 64-bit integers until the first decimal, which turns those before it into doubles. The
+// capacity is fixed at the start; numbers past it are only counted.
+class ArrayBytes {
+public:
+    explicit ArrayBytes(std::size_t capacity) : m_Bytes(capacity * 8) {}
+
+    void Add(const Token& token) {
+        if (m_Count * 8 >= m_Bytes.size()) {
+            ++m_Count;
+            return;
+        }
+        std::uint8_t* at = m_Bytes.data() + m_Count++ * 8;
+        if (token.kind == Token::Float && !m_Float)
+            ToDoubles();
+        if (m_Float) {
+            const double v = token.kind == Token::Float ? token.d : static_cast<double>(token.i);
+            std::memcpy(at, &v, 8);
+            return;
+        }
+        std::memcpy(at, &token.i, 8);
+        m_Fits32 = m_Fits32 && token.i >= std::numeric_limits<std::int32_t>::min() &&
+                   token.i <= std::numeric_limits<std::int32_t>::max();
+        m_FloatBits = m_FloatBits && token.i >= std::numeric_limits<std::int32_t>::min() &&
+                      token.i <= std::numeric_limits<std::uint32_t>::max();
+    }
+    std::size_t Count() const { return m_Count; }
+
+    // The value, as the binary reader would type it: doubles when any number was a decimal,
+    // else 32-bit integers when all fit, else 64-bit ones. With floatBits, integers that all
+    // fit 32 bits are taken as the bits of floats (how ASCII files print float32 arrays).
+    Value Take(bool floatBits) {
+        const std::size_t n = std::min(m_Count, m_Bytes.size() / 8);
+        if (m_Float) {
+            m_Bytes.resize(n * 8);
+            return Value::MakeArrayFromBytes(ValueType::Float64Array, std::move(m_Bytes));
+        }
+        const bool asFloats = floatBits && m_FloatBits;
+        if (!asFloats && !m_Fits32) {
+            m_Bytes.resize(n * 8);
+            return Value::MakeArrayFromBytes(ValueType::Int64Array, std::move(m_Bytes));
+        }
+        // Narrowed in place, front to back: each 4-byte slot lies at or before its source.
+        for (std::size_t i = 0; i < n; ++i) {
+            std::int64_t v;
+            std::memcpy(&v, m_Bytes.data() + i * 8, 8);
+            const auto bits = static_cast<std::uint32_t>(v);
+            std::memcpy(m_Bytes.data() + i * 4, &bits, 4);
+        }
+        m_Bytes.resize(n * 4);
+        m_Bytes.shrink_to_fit();
+        return Value::MakeArrayFromBytes(asFloats ? ValueType::Float32Array : ValueType::Int32Array,
+                                         std::move(m_Bytes));
+    }
+
+private:
+    void ToDoubles() {
+        for (std::size_t i = 0; i + 1 < m_Count; ++i) {
+            std::int64_t v;
+            std::memcpy(&v, m_Bytes.data() + i * 8, 8);
+            const double d = static_cast<double>(v);
+            std::memcpy(m_Bytes.data() + i * 8, &d, 8);
+        }
+        m_Float = true;
+    }
+
+    std::vector<std::uint8_t> m_Bytes;
+    std::size_t m_Count = 0;
+    bool m_Float = false;
+    bool m_Fits32 = true;
+    bool m_FloatBits = true;
+};
+
 class AsciiReader {
 public:
     AsciiReader(const char* begin, const char* end) : m_Begin(begin), m_End(end), m_Cur(begin) {}
@@ -172,9 +245,9 @@ private:
     bool ReadDecimal(std::string_view text, Token& token);
     bool ReadRuntimeSpecial(std::string_view text, Token& token);
     bool ParseArray(Record& record, const char* start);
+    bool QuickNumber(Token& token);
     void StoreValues(Record& record);
     void StoreArray(Record& record);
-    bool StoreFloatBits(Record& record);
 
     const char* m_Begin;
     const char* m_End;
@@ -292,6 +365,8 @@ void AsciiReader::SkipNanPayload(const char* start) {
 }
 
 bool AsciiReader::ParseNumber(Token& token) {
+    if (QuickNumber(token))
+        return true;
     const char* start = m_Cur;
     std::string_view text = ScanNumber();
     if (!text.empty() && text[0] == '+')
@@ -300,6 +375,27 @@ bool AsciiReader::ParseNumber(Token& token) {
         return true;
     return Fail("\"" + std::string(start, static_cast<std::size_t>(m_Cur - start)) + "\" at " +
                 Line(start) + " is not a number");
+}
+
+// The common spellings ("12", "-0.5", "1e-05") read straight from the text, in one pass: true
+// when the number ends where the text's number characters end, as the careful reading below
+// would take it. Anything else (a "+", an out-of-range value, "1.#INF") is left to that.
+bool AsciiReader::QuickNumber(Token& token) {
+    const char* first = m_Cur;
+    const auto ends = [this](const char* at) { return at == m_End || !IsNumberChar(*at); };
+    const auto integer = std::from_chars(first, m_End, token.i);
+    if (integer.ec == std::errc() && ends(integer.ptr)) {
+        token.kind = Token::Int;
+        m_Cur = integer.ptr;
+        return true;
+    }
+    const auto decimal = std::from_chars(first, m_End, token.d);
+    if (decimal.ec == std::errc() && decimal.ptr > first && ends(decimal.ptr)) {
+        token.kind = Token::Float;
+        m_Cur = decimal.ptr;
+        return true;
+    }
+    return false;
 }
 
 // Only digits after an optional minus sign, within 64 bits.
@@ -517,9 +613,8 @@ bool AsciiReader::ParseArray(Record& record, const char* start) {
     }
     ++m_Cur;
     SkipSpace();
-    m_Tokens.clear();
     // Never trust the declared count further than the text could hold (two bytes a value).
-    m_Tokens.reserve(static_cast<std::size_t>(
+    ArrayBytes numbers(static_cast<std::size_t>(
         std::min<std::uint64_t>(declared, static_cast<std::uint64_t>(m_End - m_Cur) / 2 + 1)));
     if (m_Cur < m_End && *m_Cur != '}') {
         std::string elementName;
@@ -547,40 +642,21 @@ bool AsciiReader::ParseArray(Record& record, const char* start) {
                 }
                 return false;
             }
-            m_Tokens.push_back(token);
+            numbers.Add(token);
         }
     }
     if (m_Cur >= m_End) {
         return Fail("the array \"" + record.name + "\" at " + Line(start) + " is never closed");
     }
     ++m_Cur;  // '}'
-    if (m_Tokens.size() != declared) {
+    if (numbers.Count() != declared) {
         return Fail("the array \"" + record.name + "\" at " + Line(start) + " declares " +
                     std::to_string(declared) + " values but holds " +
-                    std::to_string(m_Tokens.size()));
+                    std::to_string(numbers.Count()));
     }
-    if (record.name == "KeyAttrDataFloat" && StoreFloatBits(record))
-        return true;
-    StoreArray(record);
-    return true;
-}
-
-bool AsciiReader::StoreFloatBits(Record& record) {
     // ASCII files print the float32 key attributes as the integers sharing their bits; binary
     // files hold the floats themselves.
-    std::vector<float> floats;
-    floats.reserve(m_Tokens.size());
-    for (const Token& t : m_Tokens) {
-        if (t.kind != Token::Int || t.i < std::numeric_limits<std::int32_t>::min() ||
-            t.i > std::numeric_limits<std::uint32_t>::max()) {
-            return false;
-        }
-        const auto bits = static_cast<std::uint32_t>(t.i);
-        float f;
-        std::memcpy(&f, &bits, 4);
-        floats.push_back(f);
-    }
-    record.values.push_back(Value::MakeArray(std::move(floats)));
+    record.values.push_back(numbers.Take(record.name == "KeyAttrDataFloat"));
     return true;
 }
 
