@@ -246,6 +246,7 @@ private:
     bool ReadRuntimeSpecial(std::string_view text, Token& token);
     bool ParseArray(Record& record, const char* start);
     bool QuickNumber(Token& token);
+    bool ParseNumberRun(Record& record);
     void StoreValues(Record& record);
     void StoreArray(Record& record);
 
@@ -315,7 +316,7 @@ bool AsciiReader::ParseBody(Record& record, int depth) {
         return true;
     if (*m_Cur == '*')
         return ParseArray(record, m_Cur);
-    if (*m_Cur != '{' && !NameAhead()) {
+    if (*m_Cur != '{' && !NameAhead() && !ParseNumberRun(record)) {
         m_Tokens.clear();
         for (;;) {
             if (*m_Cur != ',') {  // an empty slot, as in "Content: ,", holds nothing
@@ -375,6 +376,53 @@ bool AsciiReader::ParseNumber(Token& token) {
         return true;
     return Fail("\"" + std::string(start, static_cast<std::size_t>(m_Cur - start)) + "\" at " +
                 Line(start) + " is not a number");
+}
+
+// A long run of plain numbers ("Vertices: 0,1.5,-2,...", as 6100 files write arrays) straight
+// into an array value, as the token loop of ParseBody would store it. False, with the cursor
+// back where it was, for anything else: short lists, words, strings, unusual spellings.
+bool AsciiReader::ParseNumberRun(Record& record) {
+    const char* start = m_Cur;
+    const char c = *m_Cur;
+    if (!IsDigit(c) && c != '-' && c != '.')
+        return false;
+    // The stretch only numbers can fill, and how many numbers it holds at most.
+    std::size_t commas = 0;
+    const char* runEnd = m_Cur;
+    for (; runEnd < m_End; ++runEnd) {
+        const char ch = *runEnd;
+        if (ch == ',')
+            ++commas;
+        else if (!IsDigit(ch) && ch != '.' && ch != '-' && ch != '+' && ch != 'e' && ch != 'E' &&
+                 !IsSpace(ch))
+            break;
+    }
+    if (commas < kPackThreshold)
+        return false;
+    ArrayBytes numbers(commas + 1);
+    for (;;) {
+        if (*m_Cur != ',') {  // an empty slot holds nothing
+            Token token;
+            if (m_Cur >= runEnd || !QuickNumber(token) || m_Cur > runEnd) {
+                m_Cur = start;
+                return false;
+            }
+            numbers.Add(token);
+        }
+        SkipSpace();
+        if (m_Cur >= m_End || *m_Cur != ',')
+            break;
+        ++m_Cur;
+        SkipSpace();
+        if (m_Cur >= m_End || *m_Cur == '{' || *m_Cur == '}')
+            break;
+    }
+    if (numbers.Count() <= kPackThreshold) {
+        m_Cur = start;
+        return false;
+    }
+    record.values.push_back(numbers.Take(false));
+    return true;
 }
 
 // The common spellings ("12", "-0.5", "1e-05") read straight from the text, in one pass: true
