@@ -61,10 +61,10 @@ void AddMaterial(Hash& h, const Material& m) {
     AddTexture(h, m.m_Texture);
 }
 
-void AddVertex(Hash& h, const Vertex& v) {
+void AddVertex(Hash& h, const Mesh& mesh, const Vertex& v) {
     h.Add(v.m_Point).Add(v.m_FacePoint).Add(v.m_Position).Add(v.m_Color).Add(v.m_UV);
     h.Add(v.m_Skin.size());
-    for (const SkinInfluence& influence : v.m_Skin)
+    for (const SkinInfluence& influence : mesh.Influences(v))
         h.Add(influence.m_Bone).Add(influence.m_Weight);
 }
 
@@ -77,7 +77,7 @@ void PrintMesh(const std::string& name, const Mesh& mesh) {
     for (const Polygon& polygon : mesh.m_Polygons) {
         h.Add(polygon.m_Flags).Add(polygon.m_Normal).Add(polygon.m_Vertices.size());
         for (const Vertex& vertex : polygon.m_Vertices)
-            AddVertex(h, vertex);
+            AddVertex(h, mesh, vertex);
         corners += polygon.m_Vertices.size();
     }
     for (const Material& material : mesh.m_Materials)

@@ -98,7 +98,9 @@ ModelOutcome FeedModelImport(const std::uint8_t* data, std::size_t size) {
         outcome.polygons += mesh.m_Polygons.size();
         for (const Polygon& polygon : mesh.m_Polygons) {
             for (const Vertex& vertex : polygon.m_Vertices) {
-                for (const SkinInfluence& influence : vertex.m_Skin) {
+                Check(mesh.Influences(vertex).size() == vertex.m_Skin.size(),
+                      "a vertex's influences lie outside its mesh's table");
+                for (const SkinInfluence& influence : mesh.Influences(vertex)) {
                     Check(influence.m_Bone >= 0 &&
                               static_cast<std::size_t>(influence.m_Bone) < mesh.m_BoneNames.size(),
                           "a skin influence names a bone the mesh does not have");

@@ -166,7 +166,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
 
     const int pointCount = fbxMesh->GetControlPointsCount();
     const KFbxVector4* points = fbxMesh->GetControlPoints();
-    const SkinIndex skin(*fbxMesh, mesh.m_BoneNames);
+    const SkinIndex skin(*fbxMesh, mesh.m_BoneNames, mesh.m_SkinInfluences);
     const std::vector<LayerElements> layers = CollectLayers(*fbxMesh);
 
     const int polygonCount = fbxMesh->GetPolygonCount();
@@ -175,6 +175,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
     for (int p = 0; p < polygonCount; ++p) {
         Polygon polygon;
         const int size = fbxMesh->GetPolygonSize(p);
+        polygon.m_Vertices.reserve(size > 0 ? static_cast<std::size_t>(size) : 0);
         for (int k = 0; k < size; ++k, ++running) {
             const int controlPoint = fbxMesh->GetPolygonVertex(p, k);
             float x = 0.0f, y = 0.0f, z = 0.0f;
@@ -192,7 +193,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
             }
             vertex.m_Skin = skin.At(controlPoint);
             ReadLayers(*fbxMesh, layers, {controlPoint, p, k, running}, vertex);
-            polygon.m_Vertices.push_back(std::move(vertex));
+            polygon.m_Vertices.push_back(vertex);
         }
         mesh.m_Polygons.push_back(std::move(polygon));
     }

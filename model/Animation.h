@@ -15,6 +15,6 @@ struct KeyFrame {
 };
 
 struct Animation {
-    std::string m_Name;  // the scene node's name
+    std::string m_Name;            // the scene node's name
     std::vector<KeyFrame> m_Keys;  // frame f shows m_Keys[f]
 };

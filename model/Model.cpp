@@ -25,3 +25,12 @@ bool Model::AddMesh(const std::string& name, Mesh&& mesh) {
         g_MeshInserted(inserted.first->second);
     return true;
 }
+
+InfluenceSpan Mesh::Influences(const Vertex& vertex) const {
+    const std::size_t first = vertex.m_Skin.m_First;
+    const std::size_t count = vertex.m_Skin.m_Count;
+    if (count == 0 || first > m_SkinInfluences.size() || count > m_SkinInfluences.size() - first)
+        return {};
+    const SkinInfluence* begin = m_SkinInfluences.data() + first;
+    return {begin, begin + count};
+}

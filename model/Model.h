@@ -1,10 +1,10 @@
 // The engine's in-memory model: what the importer fills and what drawing reads.
 //
-// A Model owns its meshes, node records and animations by value; a Mesh owns its polygons
-// and materials; a Polygon owns its vertices. Nothing is shared between models.
+// A Model owns its meshes, node records and animations by value; a Mesh owns its polygons,
+// materials and skin influences; a Polygon owns its vertices, side by side in one block of
+// exactly their number. Nothing is shared between models.
 #pragma once
 
-#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,7 +13,6 @@
 #include "model/Animation.h"
 #include "model/AuthoredScene.h"
 #include "model/Material.h"
-#include "model/NodePool.h"
 #include "model/SkinInfluences.h"
 
 struct Vertex {
@@ -22,14 +21,14 @@ struct Vertex {
     float m_Position[3] = {0.0f, 0.0f, 0.0f};   // sent to OpenGL
     float m_Color[4] = {0.7f, 0.7f, 0.7f, 1.0f};
     float m_UV[2] = {-1.0f, -1.0f};  // before the material's texture scale
-    SkinInfluences m_Skin;
+    SkinInfluences m_Skin;           // a run of the mesh's m_SkinInfluences (Mesh::Influences)
 };
 
 struct Polygon {
     unsigned int m_Flags = 0;  // importer bookkeeping; drawing does not read it
     // (-1, -1, -1) until drawing computes the face normal; -1 in [0] means "not computed".
     float m_Normal[3] = {-1.0f, -1.0f, -1.0f};
-    std::list<Vertex, PoolAllocator<Vertex>> m_Vertices;  // winding order
+    std::vector<Vertex> m_Vertices;  // winding order
 };
 
 // A bone record of a skinned mesh: the cluster's link node and its matrices.
@@ -53,7 +52,13 @@ struct Mesh {
     std::vector<Polygon> m_Polygons;
     std::vector<Material> m_Materials;     // drawing uses only the first
     std::vector<std::string> m_BoneNames;  // names that SkinInfluence::m_Bone indexes
+    // The influences of every skinned control point, each point's in one run that its
+    // vertices name.
+    std::vector<SkinInfluence> m_SkinInfluences;
     std::vector<Bone> m_Bones;
+
+    // The vertex's influences; none when its run is not within m_SkinInfluences.
+    InfluenceSpan Influences(const Vertex& vertex) const;
 };
 
 // One scene node, as the import's node traversal records it.

@@ -81,7 +81,7 @@ TEST(HostileModel, IndicesOutsideTheirArraysStillGiveTheMesh) {
         for (float coordinate : vertex.m_Point) {
             EXPECT_TRUE(coordinate == 0.0f || coordinate == 1.0f) << coordinate;
         }
-        for (const SkinInfluence& influence : vertex.m_Skin) {
+        for (const SkinInfluence& influence : mesh.Influences(vertex)) {
             EXPECT_LT(static_cast<std::size_t>(influence.m_Bone), mesh.m_BoneNames.size());
         }
     }

@@ -93,7 +93,7 @@ TEST_F(SceneImport, SkinnedMeshGetsInfluencesAndBonesAndSkeletonNodes) {
     for (const Polygon& polygon : mesh.m_Polygons) {
         for (const Vertex& vertex : polygon.m_Vertices) {
             float total = 0.0f;
-            for (const SkinInfluence& influence : vertex.m_Skin) {
+            for (const SkinInfluence& influence : mesh.Influences(vertex)) {
                 ASSERT_LT(static_cast<std::size_t>(influence.m_Bone), mesh.m_BoneNames.size());
                 EXPECT_NE(influence.m_Weight, 0.0f);
                 total += influence.m_Weight;
