@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -58,6 +57,7 @@ ColdFigures Run(const std::vector<std::string>& argv, const std::string& dir,
         return figures;
     }
     std::string pending;
+    std::string all;  // a run to its end keeps its whole output
     char buffer[4096];
     bool stopped = false;
     for (;;) {
@@ -65,6 +65,8 @@ ColdFigures Run(const std::vector<std::string>& argv, const std::string& dir,
         if (n <= 0)
             break;
         pending.append(buffer, static_cast<std::size_t>(n));
+        if (stopLine.empty())
+            all.append(buffer, static_cast<std::size_t>(n));
         if (!stopLine.empty() && pending.find(stopLine) != std::string::npos) {
             figures.m_Seconds = std::chrono::duration<double>(Clock::now() - start).count();
             figures.m_PeakBytes = PeakResident(pid);
@@ -77,15 +79,16 @@ ColdFigures Run(const std::vector<std::string>& argv, const std::string& dir,
             pending.erase(0, pending.size() - stopLine.size());
     }
     int status = 0;
-    rusage usage{};
-    wait4(pid, &status, 0, &usage);
+    waitpid(pid, &status, 0);
     close(out[0]);
     if (stopped) {
         figures.m_Ok = figures.m_PeakBytes > 0;
     } else if (stopLine.empty()) {
         figures.m_Seconds = std::chrono::duration<double>(Clock::now() - start).count();
-        figures.m_PeakBytes = static_cast<std::int64_t>(usage.ru_maxrss) * 1024;
-        figures.m_Ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        // The child's own VmHWM; wait4's maximum would include the parent's pages at the fork.
+        const std::size_t at = all.find("peak-kb ");
+        figures.m_PeakBytes = at == std::string::npos ? 0 : std::stoll(all.substr(at + 8)) * 1024;
+        figures.m_Ok = WIFEXITED(status) && WEXITSTATUS(status) == 0 && figures.m_PeakBytes > 0;
     }
     return figures;
 }

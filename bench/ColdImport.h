@@ -18,5 +18,5 @@ struct ColdFigures {
 ColdFigures EngineColdImport(const std::string& engine, const std::string& model,
                              const std::string& look, const std::string& scratchDir);
 
-// Runs the peer program on the model.
+// Runs the peer program on the model; it reports its own peak ("peak-kb N").
 ColdFigures PeerColdImport(const std::string& program, const std::string& model);
