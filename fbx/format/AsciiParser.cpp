@@ -247,6 +247,7 @@ private:
     bool ParseArray(Record& record, const char* start);
     bool QuickNumber(Token& token);
     bool ParseNumberRun(Record& record);
+    bool NextSlot();
     void StoreValues(Record& record);
     void StoreArray(Record& record);
 
@@ -324,12 +325,7 @@ bool AsciiReader::ParseBody(Record& record, int depth) {
                 if (!ParseToken(m_Tokens.back()))
                     return false;
             }
-            SkipSpace();
-            if (m_Cur >= m_End || *m_Cur != ',')
-                break;
-            ++m_Cur;
-            SkipSpace();
-            if (m_Cur >= m_End || *m_Cur == '{' || *m_Cur == '}')
+            if (!NextSlot())
                 break;
         }
         StoreValues(record);
@@ -378,6 +374,17 @@ bool AsciiReader::ParseNumber(Token& token) {
                 Line(start) + " is not a number");
 }
 
+// Past the comma after a value to the next slot of a record's value list; false when the
+// list ends there (no comma, or a comma before the record's braces or the end of the text).
+bool AsciiReader::NextSlot() {
+    SkipSpace();
+    if (m_Cur >= m_End || *m_Cur != ',')
+        return false;
+    ++m_Cur;
+    SkipSpace();
+    return m_Cur < m_End && *m_Cur != '{' && *m_Cur != '}';
+}
+
 // A long run of plain numbers ("Vertices: 0,1.5,-2,...", as 6100 files write arrays) straight
 // into an array value, as the token loop of ParseBody would store it. False, with the cursor
 // back where it was, for anything else: short lists, words, strings, unusual spellings.
@@ -409,12 +416,7 @@ bool AsciiReader::ParseNumberRun(Record& record) {
             }
             numbers.Add(token);
         }
-        SkipSpace();
-        if (m_Cur >= m_End || *m_Cur != ',')
-            break;
-        ++m_Cur;
-        SkipSpace();
-        if (m_Cur >= m_End || *m_Cur == '{' || *m_Cur == '}')
+        if (!NextSlot())
             break;
     }
     if (numbers.Count() <= kPackThreshold) {
@@ -544,48 +546,10 @@ bool AsciiReader::ParseToken(Token& token) {
 }
 
 void AsciiReader::StoreArray(Record& record) {
-    const std::size_t n = m_Tokens.size();
-    bool anyFloat = false;
-    bool fits32 = true;
-    for (const Token& t : m_Tokens) {
-        if (t.kind == Token::Float) {
-            anyFloat = true;
-            break;
-        }
-        if (t.i < std::numeric_limits<std::int32_t>::min() ||
-            t.i > std::numeric_limits<std::int32_t>::max()) {
-            fits32 = false;
-        }
-    }
-    std::vector<std::uint8_t> bytes;
-    if (anyFloat) {
-        bytes.resize(n * 8);
-        std::uint8_t* dst = bytes.data();
-        for (const Token& t : m_Tokens) {
-            const double v = t.kind == Token::Float ? t.d : static_cast<double>(t.i);
-            std::memcpy(dst, &v, 8);
-            dst += 8;
-        }
-        record.values.push_back(
-            Value::MakeArrayFromBytes(ValueType::Float64Array, std::move(bytes)));
-    } else if (fits32) {
-        bytes.resize(n * 4);
-        std::uint8_t* dst = bytes.data();
-        for (const Token& t : m_Tokens) {
-            const auto v = static_cast<std::int32_t>(t.i);
-            std::memcpy(dst, &v, 4);
-            dst += 4;
-        }
-        record.values.push_back(Value::MakeArrayFromBytes(ValueType::Int32Array, std::move(bytes)));
-    } else {
-        bytes.resize(n * 8);
-        std::uint8_t* dst = bytes.data();
-        for (const Token& t : m_Tokens) {
-            std::memcpy(dst, &t.i, 8);
-            dst += 8;
-        }
-        record.values.push_back(Value::MakeArrayFromBytes(ValueType::Int64Array, std::move(bytes)));
-    }
+    ArrayBytes numbers(m_Tokens.size());
+    for (const Token& t : m_Tokens)
+        numbers.Add(t);
+    record.values.push_back(numbers.Take(false));
 }
 
 void AsciiReader::StoreValues(Record& record) {
