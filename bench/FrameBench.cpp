@@ -42,7 +42,7 @@ FrameScene::FrameScene(const std::string& modelPath, int copies) : m_Copies(copi
     }
     for (const auto& entry : m_Prototype.m_Meshes) {
         for (const Polygon& polygon : entry.second.m_Polygons) {
-            m_Corners += polygon.m_Vertices.size();
+            m_Corners += polygon.m_Count;
         }
     }
     Reset();

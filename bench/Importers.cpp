@@ -37,7 +37,7 @@ public:
         std::size_t corners = 0;
         for (const auto& entry : m_Model.m_Meshes) {
             for (const Polygon& polygon : entry.second.m_Polygons) {
-                corners += polygon.m_Vertices.size();
+                corners += polygon.m_Count;
             }
         }
         return corners;

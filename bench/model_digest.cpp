@@ -75,10 +75,11 @@ void PrintMesh(const std::string& name, const Mesh& mesh) {
     h.Add(mesh.m_GeometricTranslation).Add(mesh.m_Static);
     std::size_t corners = 0;
     for (const Polygon& polygon : mesh.m_Polygons) {
-        h.Add(polygon.m_Flags).Add(polygon.m_Normal).Add(polygon.m_Vertices.size());
-        for (const Vertex& vertex : polygon.m_Vertices)
+        const VertexRun<const Vertex> run = mesh.Vertices(polygon);
+        h.Add(polygon.m_Flags).Add(polygon.m_Normal).Add(run.size());
+        for (const Vertex& vertex : run)
             AddVertex(h, mesh, vertex);
-        corners += polygon.m_Vertices.size();
+        corners += run.size();
     }
     for (const Material& material : mesh.m_Materials)
         AddMaterial(h, material);

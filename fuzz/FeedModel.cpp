@@ -97,7 +97,7 @@ ModelOutcome FeedModelImport(const std::uint8_t* data, std::size_t size) {
         const Mesh& mesh = entry.second;
         outcome.polygons += mesh.m_Polygons.size();
         for (const Polygon& polygon : mesh.m_Polygons) {
-            for (const Vertex& vertex : polygon.m_Vertices) {
+            for (const Vertex& vertex : mesh.Vertices(polygon)) {
                 Check(mesh.Influences(vertex).size() == vertex.m_Skin.size(),
                       "a vertex's influences lie outside its mesh's table");
                 for (const SkinInfluence& influence : mesh.Influences(vertex)) {

@@ -1,5 +1,7 @@
 #include "import/MeshLoader.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -169,13 +171,17 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
     const SkinIndex skin(*fbxMesh, mesh.m_BoneNames, mesh.m_SkinInfluences);
     const std::vector<LayerElements> layers = CollectLayers(*fbxMesh);
 
-    const int polygonCount = fbxMesh->GetPolygonCount();
-    mesh.m_Polygons.reserve(polygonCount > 0 ? static_cast<std::size_t>(polygonCount) : 0);
+    const int polygonCount = std::max(0, fbxMesh->GetPolygonCount());
+    std::size_t cornerCount = 0;
+    for (int p = 0; p < polygonCount; ++p)
+        cornerCount += static_cast<std::size_t>(std::max(0, fbxMesh->GetPolygonSize(p)));
+    mesh.m_Polygons.reserve(static_cast<std::size_t>(polygonCount));
+    mesh.m_Vertices.reserve(cornerCount);
     int running = 0;  // polygon corners so far, for by-polygon-vertex layers
     for (int p = 0; p < polygonCount; ++p) {
-        Polygon polygon;
+        Polygon& polygon = mesh.m_Polygons.emplace_back();
+        polygon.m_First = static_cast<std::uint32_t>(mesh.m_Vertices.size());
         const int size = fbxMesh->GetPolygonSize(p);
-        polygon.m_Vertices.reserve(size > 0 ? static_cast<std::size_t>(size) : 0);
         for (int k = 0; k < size; ++k, ++running) {
             const int controlPoint = fbxMesh->GetPolygonVertex(p, k);
             float x = 0.0f, y = 0.0f, z = 0.0f;
@@ -184,7 +190,7 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
                 y = static_cast<float>(points[controlPoint][1]);
                 z = static_cast<float>(points[controlPoint][2]);
             }
-            Vertex vertex;
+            Vertex& vertex = mesh.m_Vertices.emplace_back();
             const float xyz[3] = {x, y, z};
             for (int i = 0; i < 3; ++i) {
                 vertex.m_Point[i] = xyz[i];
@@ -193,9 +199,8 @@ void LoadMesh(KFbxNode* node, ImportContext* context) {
             }
             vertex.m_Skin = skin.At(controlPoint);
             ReadLayers(*fbxMesh, layers, {controlPoint, p, k, running}, vertex);
-            polygon.m_Vertices.push_back(vertex);
         }
-        mesh.m_Polygons.push_back(std::move(polygon));
+        polygon.m_Count = static_cast<std::uint32_t>(mesh.m_Vertices.size() - polygon.m_First);
     }
 
     LoadMaterials(fbxMesh, mesh);

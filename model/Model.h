@@ -1,10 +1,12 @@
 // The engine's in-memory model: what the importer fills and what drawing reads.
 //
 // A Model owns its meshes, node records and animations by value; a Mesh owns its polygons,
-// materials and skin influences; a Polygon owns its vertices, side by side in one block of
-// exactly their number. Nothing is shared between models.
+// their vertices (one block, polygon after polygon), materials and skin influences; a Polygon
+// names its run of that block. Nothing is shared between models.
 #pragma once
 
+#include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <string>
@@ -28,7 +30,25 @@ struct Polygon {
     unsigned int m_Flags = 0;  // importer bookkeeping; drawing does not read it
     // (-1, -1, -1) until drawing computes the face normal; -1 in [0] means "not computed".
     float m_Normal[3] = {-1.0f, -1.0f, -1.0f};
-    std::vector<Vertex> m_Vertices;  // winding order
+    // Its corners in winding order: m_Count vertices of the owning Mesh's m_Vertices from
+    // m_First (Mesh::Vertices gives them).
+    std::uint32_t m_First = 0;
+    std::uint32_t m_Count = 0;
+};
+
+// A polygon's corners to iterate: Vertex or const Vertex.
+template <class V>
+struct VertexRun {
+    V* m_Begin = nullptr;
+    V* m_End = nullptr;
+
+    V* begin() const { return m_Begin; }
+    V* end() const { return m_End; }
+    std::size_t size() const { return static_cast<std::size_t>(m_End - m_Begin); }
+    bool empty() const { return m_Begin == m_End; }
+    V& operator[](std::size_t i) const { return m_Begin[i]; }
+    V& front() const { return *m_Begin; }
+    V& back() const { return *(m_End - 1); }
 };
 
 // A bone record of a skinned mesh: the cluster's link node and its matrices.
@@ -50,6 +70,7 @@ struct Mesh {
     float m_GeometricTranslation[4] = {0.0f, 0.0f, 0.0f, 0.0f};
     bool m_Static = false;  // true: the per-frame node transform is not applied
     std::vector<Polygon> m_Polygons;
+    std::vector<Vertex> m_Vertices;        // every polygon's corners, polygon after polygon
     std::vector<Material> m_Materials;     // drawing uses only the first
     std::vector<std::string> m_BoneNames;  // names that SkinInfluence::m_Bone indexes
     // The influences of every skinned control point, each point's in one run that its
@@ -59,6 +80,11 @@ struct Mesh {
 
     // The vertex's influences; none when its run is not within m_SkinInfluences.
     InfluenceSpan Influences(const Vertex& vertex) const;
+    // The polygon's corners; none when its run is not within m_Vertices.
+    VertexRun<Vertex> Vertices(const Polygon& polygon);
+    VertexRun<const Vertex> Vertices(const Polygon& polygon) const;
+    // Appends a polygon through the vertices, in their order, and returns it.
+    Polygon& AddPolygon(std::initializer_list<Vertex> corners);
 };
 
 // One scene node, as the import's node traversal records it.

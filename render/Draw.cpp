@@ -3,7 +3,7 @@
 #include <GL/gl.h>
 
 #include <cmath>
-#include <iterator>
+#include <utility>
 
 #include "render/NodeTransform.h"
 
@@ -54,10 +54,10 @@ void CompileMesh(Mesh& mesh) {
         // Every polygon is its own fan, whatever its vertex count.
         glBegin(GL_TRIANGLE_FAN);
         if (polygon.m_Normal[0] == -1.0f) {
-            ComputeFaceNormal(polygon);
+            ComputeFaceNormal(polygon, std::as_const(mesh).Vertices(polygon));
         }
         glNormal3fv(polygon.m_Normal);
-        for (const Vertex& vertex : polygon.m_Vertices) {
+        for (const Vertex& vertex : mesh.Vertices(polygon)) {
             if (textured) {
                 const Material& material = mesh.m_Materials.front();
                 glTexCoord2f(vertex.m_UV[0] * material.m_TextureScale[0],
@@ -112,16 +112,15 @@ void DrawMeshes(Model& model) {
     }
 }
 
-void ComputeFaceNormal(Polygon& polygon) {
+void ComputeFaceNormal(Polygon& polygon, VertexRun<const Vertex> corners) {
     // A polygon needs three corners to span a plane; fewer give no direction at all.
-    if (polygon.m_Vertices.size() < 3) {
+    if (corners.size() < 3) {
         polygon.m_Normal[0] = polygon.m_Normal[1] = polygon.m_Normal[2] = 0.0f;
         return;
     }
-    auto it = polygon.m_Vertices.begin();
-    const float* p0 = it->m_FacePoint;
-    const float* p1 = std::next(it, 1)->m_FacePoint;
-    const float* p2 = std::next(it, 2)->m_FacePoint;
+    const float* p0 = corners[0].m_FacePoint;
+    const float* p1 = corners[1].m_FacePoint;
+    const float* p2 = corners[2].m_FacePoint;
     const float a[3] = {p0[0] - p1[0], p0[1] - p1[1], p0[2] - p1[2]};
     const float b[3] = {p1[0] - p2[0], p1[1] - p2[1], p1[2] - p2[2]};
     polygon.m_Normal[0] = a[1] * b[2] - a[2] * b[1];

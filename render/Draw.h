@@ -16,8 +16,8 @@ bool DrawModel(Model& model);
 // Draws every mesh in name order, each inside its own push/pop.
 void DrawMeshes(Model& model);
 
-// Fills the polygon's flat face normal from its first three face points.
-void ComputeFaceNormal(Polygon& polygon);
+// Fills the polygon's flat face normal from the face points of its first three corners.
+void ComputeFaceNormal(Polygon& polygon, VertexRun<const Vertex> corners);
 
 // Scales the vector to unit length; the zero vector stays zero.
 void Normalize(float vector[3]);

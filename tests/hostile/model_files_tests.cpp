@@ -75,9 +75,9 @@ TEST(HostileModel, IndicesOutsideTheirArraysStillGiveTheMesh) {
     ASSERT_EQ(got.m_Model.m_Meshes.count("Liar"), 1u);
     const Mesh& mesh = got.m_Model.m_Meshes.at("Liar");
     ASSERT_EQ(mesh.m_Polygons.size(), 1u);
-    EXPECT_EQ(mesh.m_Polygons.front().m_Vertices.size(), 3u);
+    EXPECT_EQ(mesh.Vertices(mesh.m_Polygons.front()).size(), 3u);
     // Only points of the file's three control points, or the origin for a missing one.
-    for (const Vertex& vertex : mesh.m_Polygons.front().m_Vertices) {
+    for (const Vertex& vertex : mesh.Vertices(mesh.m_Polygons.front())) {
         for (float coordinate : vertex.m_Point) {
             EXPECT_TRUE(coordinate == 0.0f || coordinate == 1.0f) << coordinate;
         }

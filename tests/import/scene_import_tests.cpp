@@ -21,7 +21,7 @@ Floats Corners(const Model& model, float (Vertex::*field)[N]) {
     Floats all;
     for (const auto& [name, mesh] : model.m_Meshes) {
         for (const Polygon& polygon : mesh.m_Polygons) {
-            for (const Vertex& v : polygon.m_Vertices) {
+            for (const Vertex& v : mesh.Vertices(polygon)) {
                 all.insert(all.end(), v.*field, v.*field + N);
             }
         }
@@ -59,7 +59,7 @@ TEST_F(SceneImport, CubeBecomesOneMeshOfSixQuadsTheSameFromEveryEncoding) {
         const Floats uvs = Corners(model, &Vertex::m_UV);
         EXPECT_EQ(Floats(uvs.begin(), uvs.begin() + 8),
                   (Floats{0.375f, 0, 0.625f, 0, 0.625f, 0.25f, 0.375f, 0.25f}));
-        EXPECT_TRUE(mesh.m_Polygons[0].m_Vertices.front().m_Skin.empty());
+        EXPECT_TRUE(mesh.Vertices(mesh.m_Polygons[0]).front().m_Skin.empty());
 
         ASSERT_EQ(mesh.m_Materials.size(), 1u);
         const Material& m = mesh.m_Materials[0];
@@ -91,7 +91,7 @@ TEST_F(SceneImport, SkinnedMeshGetsInfluencesAndBonesAndSkeletonNodes) {
     EXPECT_EQ(mesh.m_BoneNames.size(), 3u);
     std::size_t influenced = 0;
     for (const Polygon& polygon : mesh.m_Polygons) {
-        for (const Vertex& vertex : polygon.m_Vertices) {
+        for (const Vertex& vertex : mesh.Vertices(polygon)) {
             float total = 0.0f;
             for (const SkinInfluence& influence : mesh.Influences(vertex)) {
                 ASSERT_LT(static_cast<std::size_t>(influence.m_Bone), mesh.m_BoneNames.size());

@@ -69,7 +69,7 @@ TEST_F(DrawModelTest, ModelPlacementStaysForTheNextModelTurningXYZWhileMeshesTur
     glLoadIdentity();
     Model holder;
     Mesh& turned = holder.m_Meshes["m"];
-    turned.m_Polygons.push_back(MakePolygon({{0.5f, 0, 0}, {0.5f, 0.1f, 0}, {0.5f, 0, 0.1f}}));
+    AddPolygon(turned, {{0.5f, 0, 0}, {0.5f, 0.1f, 0}, {0.5f, 0, 0.1f}});
     Set(turned.m_Rotation, {90, 90, 0});
     // Identity projection: the fed-back vertex is the eye-space point; z = -0.5 maps to
     // depth 0.25 of [0, 1].
@@ -97,7 +97,7 @@ TEST_F(DrawModelTest, MeshesAreCompiledOnceDrawnInNameOrderAndEachPlacedOnItsOwn
     EXPECT_TRUE(glIsList(static_cast<GLuint>(listZ)));
 
     // Later changes to the geometry are not seen: the compiled list is replayed as it was.
-    for (Vertex& v : model.m_Meshes["alpha"].m_Polygons[0].m_Vertices) {
+    for (Vertex& v : model.m_Meshes["alpha"].m_Vertices) {
         v.m_Position[0] += 0.5f;
     }
     glLoadIdentity();
@@ -145,7 +145,7 @@ TEST_F(DrawModelTest, TexturedMeshSendsScaledCoordinatesAndUntexturedSendsNone) 
     Set(material.m_TextureScale, {2, 3});
     textured.m_Materials.push_back(material);
     float uv = 0.25f;
-    for (Vertex& v : textured.m_Polygons[0].m_Vertices) {
+    for (Vertex& v : textured.m_Vertices) {
         Set(v.m_UV, {uv, uv + 0.5f});
         uv += 0.25f;
     }
@@ -169,13 +169,13 @@ TEST_F(DrawModelTest, FaceNormalsComeFromTheFacePointsAndAreComputedOnlyWhenUnkn
     Model model;
     Mesh& mesh = model.m_Meshes["m"];
     // Counter-clockwise in the XY plane seen from +z: (v0 - v1) x (v1 - v2) points to +z.
-    mesh.m_Polygons.push_back(MakePolygon({{0, 0, 0}, {2, 0, 0}, {0, 3, 0}}));
-    mesh.m_Polygons.back().m_Vertices.back().m_Position[2] = 3.0f;  // the face points decide
-    mesh.m_Polygons.push_back(MakePolygon({{0, 0, 0}, {1, 1, 1}, {2, 2, 2}}));  // collinear
-    mesh.m_Polygons.push_back(MakePolygon({{0, 0, 0}, {1, 0, 0}}));             // two corners
-    mesh.m_Polygons.push_back(MakePolygon({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
+    AddPolygon(mesh, {{0, 0, 0}, {2, 0, 0}, {0, 3, 0}});
+    mesh.m_Vertices.back().m_Position[2] = 3.0f;          // the face points decide
+    AddPolygon(mesh, {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}});  // collinear
+    AddPolygon(mesh, {{0, 0, 0}, {1, 0, 0}});             // two corners
+    AddPolygon(mesh, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}});
     Set(mesh.m_Polygons.back().m_Normal, {0, 0, 0});  // preset: sent as it stands
-    mesh.m_Polygons.push_back(MakePolygon({{0, 0, 0}, {0, 0, 1}, {0, 1, 0}}));
+    AddPolygon(mesh, {{0, 0, 0}, {0, 0, 1}, {0, 1, 0}});
     mesh.m_Polygons.back().m_Normal[0] = 0.25f;
     DrawModel(model);
 

@@ -12,15 +12,16 @@ inline void Set(float* target, std::initializer_list<float> values) {
     std::copy(values.begin(), values.end(), target);
 }
 
-// A polygon through the points, each used as control point, face point and drawn position.
-inline Polygon MakePolygon(std::initializer_list<std::array<float, 3>> points) {
-    Polygon polygon;
+// Adds to the mesh a polygon through the points, each used as control point, face point and
+// drawn position.
+inline Polygon& AddPolygon(Mesh& mesh, std::initializer_list<std::array<float, 3>> points) {
+    Polygon& polygon = mesh.AddPolygon({});
     for (const std::array<float, 3>& point : points) {
-        Vertex vertex;
+        Vertex& vertex = mesh.m_Vertices.emplace_back();
         for (int k = 0; k < 3; ++k) {
             vertex.m_Point[k] = vertex.m_FacePoint[k] = vertex.m_Position[k] = point[k];
         }
-        polygon.m_Vertices.push_back(vertex);
+        ++polygon.m_Count;
     }
     return polygon;
 }
@@ -28,14 +29,14 @@ inline Polygon MakePolygon(std::initializer_list<std::array<float, 3>> points) {
 // A small triangle around the origin, facing +z.
 inline Mesh TriangleMesh() {
     Mesh mesh;
-    mesh.m_Polygons.push_back(MakePolygon({{0, 0, 0}, {0.1f, 0, 0}, {0, 0.1f, 0}}));
+    AddPolygon(mesh, {{0, 0, 0}, {0.1f, 0, 0}, {0, 0.1f, 0}});
     return mesh;
 }
 
 // A red, lit square from (-1, -1) to (1, 1) in the XY plane, facing +z.
 inline Mesh RedSquare() {
     Mesh mesh;
-    mesh.m_Polygons.push_back(MakePolygon({{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}}));
+    AddPolygon(mesh, {{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}});
     Material red;
     red.m_Valid = true;
     red.m_Ambient[0] = red.m_Diffuse[0] = red.m_Alpha = 1.0f;
