@@ -107,20 +107,18 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
 
     // Triangles by material slot; -1 (the default material) is kept in the last list.
     const std::size_t slots = target.m_Materials.size() + 1;
-    std::vector<std::vector<std::uint32_t>> triangles(slots);
-    const int polygonCount = mesh.GetPolygonCount();
-    int running = 0;
-    for (int p = 0; p < polygonCount; ++p) {
+    const int polygonCount = std::max(0, mesh.GetPolygonCount());
+    // The list of a polygon's triangles, or `slots` for a polygon that is not drawn (fewer
+    // than three corners, or a corner without its control point).
+    auto listOf = [&](int p) -> std::size_t {
         const int size = mesh.GetPolygonSize(p);
-        const int first = running;
-        running += std::max(0, size);
         bool valid = size >= 3;
         for (int k = 0; valid && k < size; ++k) {
             const int cp = mesh.GetPolygonVertex(p, k);
             valid = cp >= 0 && cp < pointCount;
         }
         if (!valid)
-            continue;
+            return slots;
         int slot = target.m_Materials.empty() ? -1 : 0;
         if (materials) {
             int index = -1;
@@ -138,10 +136,49 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
             slot = index >= 0 && static_cast<std::size_t>(index) < target.m_Materials.size() ? index
                                                                                              : -1;
         }
-        const UvPlacement* placement =
-            slot >= 0 && !shading.m_Placements[static_cast<std::size_t>(slot)].IsIdentity()
-                ? &shading.m_Placements[static_cast<std::size_t>(slot)]
-                : nullptr;
+        return slot >= 0 ? static_cast<std::size_t>(slot) : slots - 1;
+    };
+
+    // Sizes first, so that every array is made once at its size.
+    std::vector<std::size_t> listSizes(slots, 0);
+    std::size_t corners = 0;
+    for (int p = 0; p < polygonCount; ++p) {
+        const std::size_t list = listOf(p);
+        if (list == slots)
+            continue;
+        const auto size = static_cast<std::size_t>(mesh.GetPolygonSize(p));
+        listSizes[list] += (size - 2) * 3;
+        corners += size;
+    }
+    target.m_CornerPoints.reserve(corners);
+    target.m_CornerNormals.reserve(corners * 3);
+    target.m_CornerUVs.reserve(corners * 2);
+    std::vector<std::size_t> cursor(slots, 0);
+    std::size_t triangleCorners = 0;
+    for (std::size_t s = 0; s < slots; ++s) {
+        cursor[s] = triangleCorners;
+        if (listSizes[s] == 0)
+            continue;
+        MaterialRange range;
+        range.m_Material = s + 1 < slots ? static_cast<int>(s) : -1;
+        range.m_First = static_cast<std::uint32_t>(triangleCorners);
+        range.m_Count = static_cast<std::uint32_t>(listSizes[s]);
+        target.m_Ranges.push_back(range);
+        triangleCorners += listSizes[s];
+    }
+    target.m_Triangles.resize(triangleCorners);
+
+    int running = 0;
+    for (int p = 0; p < polygonCount; ++p) {
+        const int size = mesh.GetPolygonSize(p);
+        const int first = running;
+        running += std::max(0, size);
+        const std::size_t list = listOf(p);
+        if (list == slots)
+            continue;
+        const UvPlacement* placement = list + 1 < slots && !shading.m_Placements[list].IsIdentity()
+                                           ? &shading.m_Placements[list]
+                                           : nullptr;
         const std::size_t base = target.m_CornerPoints.size();
         for (int k = 0; k < size; ++k)
             target.m_CornerPoints.push_back(
@@ -166,25 +203,14 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
             target.m_CornerUVs.push_back(u);
             target.m_CornerUVs.push_back(v);
         }
-        std::vector<std::uint32_t>& list =
-            triangles[slot >= 0 ? static_cast<std::size_t>(slot) : slots - 1];
         // A fan over the polygon's corners.
+        std::uint32_t* fan = target.m_Triangles.data() + cursor[list];
         for (int k = 1; k + 1 < size; ++k) {
-            list.push_back(static_cast<std::uint32_t>(base));
-            list.push_back(static_cast<std::uint32_t>(base + k));
-            list.push_back(static_cast<std::uint32_t>(base + k + 1));
+            *fan++ = static_cast<std::uint32_t>(base);
+            *fan++ = static_cast<std::uint32_t>(base + k);
+            *fan++ = static_cast<std::uint32_t>(base + k + 1);
         }
-    }
-    for (std::size_t s = 0; s < slots; ++s) {
-        if (triangles[s].empty())
-            continue;
-        MaterialRange range;
-        range.m_Material = s + 1 < slots ? static_cast<int>(s) : -1;
-        range.m_First = static_cast<std::uint32_t>(target.m_Triangles.size());
-        range.m_Count = static_cast<std::uint32_t>(triangles[s].size());
-        target.m_Triangles.insert(target.m_Triangles.end(), triangles[s].begin(),
-                                  triangles[s].end());
-        target.m_Ranges.push_back(range);
+        cursor[list] += static_cast<std::size_t>(size - 2) * 3;
     }
 
     ReadAuthoredSkin(mesh, nodes, out, target);
