@@ -2,6 +2,7 @@
 // (normals, UVs, colours, materials, textures, holes) and skin deformers with their clusters.
 #pragma once
 
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -68,6 +69,67 @@ public:
 private:
     friend class fbx::SceneBuilder;
     std::vector<T> m_Items;
+};
+
+// Vectors (normals, binormals, tangents) as the file gives them, in as little memory as keeps
+// them exact: x, y and z as floats when every one of them is a float value (as most tools
+// write them), as doubles otherwise; w once when all items share it.
+template <>
+class KFbxLayerElementArrayTemplate<KFbxVector4> {
+public:
+    int GetCount() const { return static_cast<int>(m_Count); }
+    KFbxVector4 GetAt(int index) const {
+        if (index < 0 || static_cast<std::size_t>(index) >= m_Count)
+            return KFbxVector4();
+        const std::size_t i = static_cast<std::size_t>(index);
+        const double w = m_Ws.empty() ? m_W : m_Ws[i];
+        if (!m_Floats.empty())
+            return KFbxVector4(m_Floats[i * 3], m_Floats[i * 3 + 1], m_Floats[i * 3 + 2], w);
+        return KFbxVector4(m_Doubles[i * 3], m_Doubles[i * 3 + 1], m_Doubles[i * 3 + 2], w);
+    }
+    KFbxVector4 operator[](int index) const { return GetAt(index); }
+
+private:
+    friend class fbx::SceneBuilder;
+
+    // Takes `count` items, item(n) giving the n-th.
+    template <class Item>
+    void Assign(std::size_t count, Item item) {
+        bool floats = true;
+        bool sameW = true;
+        const double firstW = count > 0 ? item(0)[3] : 1.0;
+        for (std::size_t n = 0; n < count && (floats || sameW); ++n) {
+            const KFbxVector4 v = item(n);
+            for (int k = 0; k < 3; ++k)
+                floats =
+                    floats && static_cast<double>(static_cast<float>(v.mData[k])) == v.mData[k];
+            sameW = sameW && SameBits(v.mData[3], firstW);
+        }
+        m_Count = count;
+        m_W = firstW;
+        (floats ? m_Floats.reserve(count * 3) : m_Doubles.reserve(count * 3));
+        if (!sameW)
+            m_Ws.reserve(count);
+        for (std::size_t n = 0; n < count; ++n) {
+            const KFbxVector4 v = item(n);
+            for (int k = 0; k < 3; ++k) {
+                if (floats)
+                    m_Floats.push_back(static_cast<float>(v.mData[k]));
+                else
+                    m_Doubles.push_back(v.mData[k]);
+            }
+            if (!sameW)
+                m_Ws.push_back(v.mData[3]);
+        }
+    }
+
+    static bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+    std::size_t m_Count = 0;
+    std::vector<float> m_Floats;    // x y z of each item, when all are exact as floats
+    std::vector<double> m_Doubles;  // x y z of each item otherwise
+    std::vector<double> m_Ws;       // w of each item, when they differ
+    double m_W = 1.0;               // w of every item, when they do not
 };
 
 template <class T>

@@ -629,13 +629,11 @@ struct SceneBuilder::ElementSource {
         std::size_t expected =
             e->m_Reference == KFbxLayerElement::eDIRECT ? ExpectedCount(e->m_Mapping) : 0;
         std::size_t width = w.size == 0 ? VectorWidth(v.size, expected) : 3;
-        auto& items = e->m_Direct.m_Items;
-        items.reserve(v.size / width);
-        for (std::size_t i = 0; i + width <= v.size; i += width) {
-            std::size_t n = i / width;
-            double wv = width == 4 ? v[i + 3] : (n < w.size ? w[n] : 1.0);
-            items.emplace_back(v[i], v[i + 1], v[i + 2], wv);
-        }
+        e->m_Direct.Assign(v.size / width, [&](std::size_t n) {
+            const std::size_t i = n * width;
+            const double wv = width == 4 ? v[i + 3] : (n < w.size ? w[n] : 1.0);
+            return KFbxVector4(v[i], v[i + 1], v[i + 2], wv);
+        });
         AppendChildInts(&r, index, e->m_Index.m_Items);
         return e;
     }
