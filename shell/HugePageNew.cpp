@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kHugePage = std::size_t(2) << 20;
 // Smaller blocks gain little and may share their pages with other blocks.
-constexpr std::size_t kLargeBlock = std::size_t(8) << 20;
+constexpr std::size_t kLargeBlock = std::size_t(4) << 20;
 
 void AdviseHugePages(void* block, std::size_t size) {
     const auto begin = reinterpret_cast<std::uintptr_t>(block);
