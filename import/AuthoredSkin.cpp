@@ -38,8 +38,8 @@ void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const Author
     const std::size_t pointCount = target.m_Points.size() / 3;
     const Matrix4 geometric =
         GeometricTransform(scene.m_Nodes[static_cast<std::size_t>(target.m_Node)]);
-    // Each point's (cluster, weight) pairs before they are laid out flat.
-    std::vector<std::vector<SkinWeight>> perPoint;
+    // The clusters that move the mesh, each with its index in m_Clusters.
+    std::vector<std::pair<const KFbxCluster*, std::uint32_t>> accepted;
     for (int s = 0; s < mesh.GetDeformerCount(KFbxDeformer::eSKIN); ++s) {
         const auto* skin = static_cast<const KFbxSkin*>(mesh.GetDeformer(s, KFbxDeformer::eSKIN));
         if (!skin)
@@ -53,10 +53,16 @@ void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const Author
             if (bone == nodes.end() || !BindMatrix(*cluster, geometric, out.m_BindMatrix))
                 continue;
             out.m_Bone = bone->second;
-            const auto index = static_cast<std::uint32_t>(target.m_Clusters.size());
+            accepted.emplace_back(cluster, static_cast<std::uint32_t>(target.m_Clusters.size()));
             target.m_Clusters.push_back(out);
-            perPoint.resize(pointCount);
+        }
+    }
+    if (target.m_Clusters.empty())
+        return;
 
+    // Calls visit(point, weight) for every usable weight, cluster after cluster.
+    auto forEachWeight = [&](auto visit) {
+        for (const auto& [cluster, index] : accepted) {
             const int count = cluster->GetControlPointIndicesCount();
             const int* indices = cluster->GetControlPointIndices();
             const double* weights = cluster->GetControlPointWeights();
@@ -66,26 +72,33 @@ void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const Author
                 if (point < 0 || static_cast<std::size_t>(point) >= pointCount ||
                     !std::isfinite(weight) || !(weight > 0.0))
                     continue;
-                perPoint[static_cast<std::size_t>(point)].push_back(
-                    {index, static_cast<float>(weight)});
+                visit(static_cast<std::size_t>(point), index, static_cast<float>(weight));
             }
         }
+    };
+    // Each point's number of weights and their sum, then its run of m_Weights: empty for a
+    // point whose weights do not sum to a usable number (it follows the mesh's node).
+    std::vector<std::uint32_t> counts(pointCount, 0);
+    std::vector<double> sums(pointCount, 0.0);
+    forEachWeight([&](std::size_t point, std::uint32_t, float weight) {
+        ++counts[point];
+        sums[point] += weight;
+    });
+    auto usable = [](double sum) { return sum > 0.0 && std::isfinite(sum); };
+    target.m_WeightStart.resize(pointCount + 1);
+    std::size_t total = 0;
+    for (std::size_t p = 0; p < pointCount; ++p) {
+        target.m_WeightStart[p] = static_cast<std::uint32_t>(total);
+        if (usable(sums[p]))
+            total += counts[p];
     }
-    if (target.m_Clusters.empty())
-        return;
-
-    target.m_WeightStart.reserve(pointCount + 1);
-    for (std::vector<SkinWeight>& weights : perPoint) {
-        target.m_WeightStart.push_back(static_cast<std::uint32_t>(target.m_Weights.size()));
-        double sum = 0.0;
-        for (const SkinWeight& w : weights)
-            sum += w.m_Weight;
-        if (!(sum > 0.0) || !std::isfinite(sum))
-            continue;  // no weights: the point follows the mesh's node
-        for (SkinWeight w : weights) {
-            w.m_Weight = static_cast<float>(w.m_Weight / sum);
-            target.m_Weights.push_back(w);
-        }
-    }
-    target.m_WeightStart.push_back(static_cast<std::uint32_t>(target.m_Weights.size()));
+    target.m_WeightStart[pointCount] = static_cast<std::uint32_t>(total);
+    target.m_Weights.resize(total);
+    std::vector<std::uint32_t>& next = counts;  // where each point's next weight goes
+    for (std::size_t p = 0; p < pointCount; ++p)
+        next[p] = target.m_WeightStart[p];
+    forEachWeight([&](std::size_t point, std::uint32_t index, float weight) {
+        if (usable(sums[point]))
+            target.m_Weights[next[point]++] = {index, static_cast<float>(weight / sums[point])};
+    });
 }
