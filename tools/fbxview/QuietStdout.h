@@ -1,0 +1,16 @@
+// Keeps a stretch of the program's standard output unprinted: the viewer prints fbxinfo's
+// report of the file, not the engine import's console report of it.
+#pragma once
+
+// While it lives, whatever is written to standard output (the C stream and the descriptor
+// beneath it) goes nowhere; when it ends, standard output prints again.
+class QuietStdout {
+public:
+    QuietStdout();
+    ~QuietStdout();
+    QuietStdout(const QuietStdout&) = delete;
+    QuietStdout& operator=(const QuietStdout&) = delete;
+
+private:
+    int m_Saved = -1;  // the real standard output, duplicated; -1 when it could not be
+};
