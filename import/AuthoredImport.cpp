@@ -75,20 +75,61 @@ float FiniteOrZero(double value) {
     return std::isfinite(value) ? static_cast<float>(value) : 0.0f;
 }
 
-// Builds the scene's nodes, takes and curves; meshes are added once every node has its index.
+// A scene node in the order the authored look numbers them, with its parent's number.
+struct SceneNodeEntry {
+    KFbxNode* m_Node = nullptr;
+    int m_Parent = -1;  // -1 for a child of the root
+};
+
+void AddNodeTree(KFbxNode* node, int parent, int depth, std::vector<SceneNodeEntry>& order,
+                 NodeIndex& index) {
+    if (!node || depth > kMaxNodeDepth || index.count(node))
+        return;
+    const int number = static_cast<int>(order.size());
+    index[node] = number;
+    order.push_back({node, parent});
+    for (int i = 0; i < node->GetChildCount(); ++i)
+        AddNodeTree(node->GetChild(i), number, depth + 1, order, index);
+}
+
+// The scene's nodes, parents before children (each node once, however often it is met).
+std::vector<SceneNodeEntry> SceneNodeOrder(KFbxScene& scene, NodeIndex* index = nullptr) {
+    std::vector<SceneNodeEntry> order;
+    NodeIndex own;
+    if (KFbxNode* root = scene.GetRootNode()) {
+        for (int i = 0; i < root->GetChildCount(); ++i)
+            AddNodeTree(root->GetChild(i), -1, 0, order, index ? *index : own);
+    }
+    return order;
+}
+
+// Builds the scene's nodes, takes and curves, and adds the meshes once every node has its
+// index.
 class SceneReader {
 public:
     SceneReader(KFbxScene& scene, AuthoredScene& out, AuthoredTextures* textures)
         : m_Scene(scene), m_Out(out), m_Textures(textures) {}
 
-    void Read() {
+    // Meshes: those read ahead by ReadAuthoredMeshes on the same scene, or read here when
+    // null.
+    void Read(std::vector<AuthoredMesh>* meshes) {
         ReadTakes();
-        if (KFbxNode* root = m_Scene.GetRootNode()) {
-            for (int i = 0; i < root->GetChildCount(); ++i)
-                ReadNodeTree(root->GetChild(i), -1, 0);
+        const std::vector<SceneNodeEntry> order = SceneNodeOrder(m_Scene);
+        for (const SceneNodeEntry& entry : order) {
+            m_Out.m_Nodes.push_back(ReadNode(*entry.m_Node, entry.m_Parent));
+            ReadCurves(*entry.m_Node, m_Out.m_Nodes.back());
         }
-        for (const auto& [node, index] : m_NodeOrder) {
-            AddAuthoredMesh(*node, index, m_Index, m_Out, m_Textures);
+        std::vector<AuthoredMesh> readHere;
+        if (!meshes) {
+            readHere = ReadAuthoredMeshes(m_Scene);
+            meshes = &readHere;
+        }
+        for (AuthoredMesh& mesh : *meshes) {
+            const auto node = static_cast<std::size_t>(mesh.m_Node);
+            if (node >= order.size())
+                continue;
+            FinishAuthoredMesh(*order[node].m_Node, mesh, m_Textures);
+            m_Out.m_Meshes.push_back(std::move(mesh));
         }
     }
 
@@ -113,18 +154,6 @@ private:
             m_Out.m_Takes.push_back(take);
         }
         NumberTakeFrames(m_Out.m_Takes);
-    }
-
-    void ReadNodeTree(KFbxNode* node, int parent, int depth) {
-        if (!node || depth > kMaxNodeDepth || m_Index.count(node))
-            return;
-        const int index = static_cast<int>(m_Out.m_Nodes.size());
-        m_Index[node] = index;
-        m_Out.m_Nodes.push_back(ReadNode(*node, parent));
-        m_NodeOrder.emplace_back(node, index);
-        ReadCurves(*node, m_Out.m_Nodes.back());
-        for (int i = 0; i < node->GetChildCount(); ++i)
-            ReadNodeTree(node->GetChild(i), index, depth + 1);
     }
 
     void ReadCurves(KFbxNode& node, TransformNode& out) {
@@ -196,8 +225,6 @@ private:
     KFbxScene& m_Scene;
     AuthoredScene& m_Out;
     AuthoredTextures* m_Textures;
-    NodeIndex m_Index;
-    std::vector<std::pair<KFbxNode*, int>> m_NodeOrder;
     std::unordered_map<const KFCurve*, int> m_Curves;
     std::unordered_map<std::string, std::size_t> m_TakeIndex;  // take name -> m_Takes index
     std::size_t m_Keys = 0;
@@ -208,8 +235,23 @@ private:
 // the authored look draws the textures the classic import has already loaded.
 }  // namespace
 
-void ImportAuthoredScene(KFbxScene& scene, Model& model, AuthoredTextures* textures) {
+std::vector<AuthoredMesh> ReadAuthoredMeshes(KFbxScene& scene) {
+    NodeIndex index;
+    const std::vector<SceneNodeEntry> order = SceneNodeOrder(scene, &index);
+    std::vector<AuthoredMesh> meshes;
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        KFbxNode& node = *order[i].m_Node;
+        const Matrix4 geometric = GeometricTransform(ReadNode(node, order[i].m_Parent));
+        AuthoredMesh mesh;
+        if (ReadAuthoredGeometry(node, static_cast<int>(i), index, geometric, mesh))
+            meshes.push_back(std::move(mesh));
+    }
+    return meshes;
+}
+
+void ImportAuthoredScene(KFbxScene& scene, Model& model, AuthoredTextures* textures,
+                         std::vector<AuthoredMesh>* meshes) {
     auto authored = std::make_shared<AuthoredScene>();
-    SceneReader(scene, *authored, textures).Read();
+    SceneReader(scene, *authored, textures).Read(meshes);
     model.m_Authored = std::move(authored);
 }

@@ -75,13 +75,12 @@ bool FiniteNormal(const KFbxVector4& v) {
 
 }  // namespace
 
-void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, AuthoredScene& out,
-                     AuthoredTextures* textures) {
+bool ReadAuthoredGeometry(const KFbxNode& node, int index, const NodeIndex& nodes,
+                          const Matrix4& geometric, AuthoredMesh& target) {
     const KFbxMesh* source = node.GetMesh();
     if (!source)
-        return;
+        return false;
     const KFbxMesh& mesh = *source;
-    AuthoredMesh target;
     target.m_Node = index;
     target.m_Name = node.GetName();
 
@@ -96,8 +95,6 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         }
     }
 
-    AuthoredMaterials shading = ReadAuthoredMaterials(node, textures);
-    target.m_Materials = std::move(shading.m_Materials);
     const KFbxLayerElementNormal* normals =
         FirstElement(mesh, [](const KFbxLayer& l) { return l.GetNormals(); });
     const KFbxLayerElementUV* uvs =
@@ -106,7 +103,8 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         FirstElement(mesh, [](const KFbxLayer& l) { return l.GetMaterials(); });
 
     // Triangles by material slot; -1 (the default material) is kept in the last list.
-    const std::size_t slots = target.m_Materials.size() + 1;
+    const auto materialCount = static_cast<std::size_t>(std::max(0, node.GetMaterialCount()));
+    const std::size_t slots = materialCount + 1;
     const int polygonCount = std::max(0, mesh.GetPolygonCount());
     // The list of a polygon's triangles, or `slots` for a polygon that is not drawn (fewer
     // than three corners, or a corner without its control point).
@@ -119,7 +117,7 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         }
         if (!valid)
             return slots;
-        int slot = target.m_Materials.empty() ? -1 : 0;
+        int slot = materialCount == 0 ? -1 : 0;
         if (materials) {
             int index = -1;
             switch (materials->GetMappingMode()) {
@@ -133,8 +131,7 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
                     index = 0;
                     break;
             }
-            slot = index >= 0 && static_cast<std::size_t>(index) < target.m_Materials.size() ? index
-                                                                                             : -1;
+            slot = index >= 0 && static_cast<std::size_t>(index) < materialCount ? index : -1;
         }
         return slot >= 0 ? static_cast<std::size_t>(slot) : slots - 1;
     };
@@ -176,9 +173,6 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         const std::size_t list = listOf(p);
         if (list == slots)
             continue;
-        const UvPlacement* placement = list + 1 < slots && !shading.m_Placements[list].IsIdentity()
-                                           ? &shading.m_Placements[list]
-                                           : nullptr;
         const std::size_t base = target.m_CornerPoints.size();
         for (int k = 0; k < size; ++k)
             target.m_CornerPoints.push_back(
@@ -198,8 +192,6 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
             const KFbxVector2 value = uv >= 0 ? uvs->GetDirectArray().GetAt(uv) : KFbxVector2();
             float u = std::isfinite(value[0]) ? static_cast<float>(value[0]) : 0.0f;
             float v = std::isfinite(value[1]) ? static_cast<float>(value[1]) : 0.0f;
-            if (placement)
-                placement->Apply(u, v);
             target.m_CornerUVs.push_back(u);
             target.m_CornerUVs.push_back(v);
         }
@@ -213,6 +205,30 @@ void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, Au
         cursor[list] += static_cast<std::size_t>(size - 2) * 3;
     }
 
-    ReadAuthoredSkin(mesh, nodes, out, target);
-    out.m_Meshes.push_back(std::move(target));
+    ReadAuthoredSkin(mesh, nodes, geometric, target);
+    return true;
+}
+
+void FinishAuthoredMesh(const KFbxNode& node, AuthoredMesh& mesh, AuthoredTextures* textures) {
+    AuthoredMaterials shading = ReadAuthoredMaterials(node, textures);
+    mesh.m_Materials = std::move(shading.m_Materials);
+    // Each corner belongs to one polygon, so to one range: placed once.
+    std::vector<bool> placed;
+    for (const MaterialRange& range : mesh.m_Ranges) {
+        const auto slot = static_cast<std::size_t>(range.m_Material);
+        if (range.m_Material < 0 || slot >= shading.m_Placements.size() ||
+            shading.m_Placements[slot].IsIdentity())
+            continue;
+        placed.resize(mesh.m_CornerPoints.size(), false);
+        const std::size_t end = std::min<std::size_t>(range.m_First + std::size_t{range.m_Count},
+                                                      mesh.m_Triangles.size());
+        for (std::size_t t = range.m_First; t < end; ++t) {
+            const std::uint32_t corner = mesh.m_Triangles[t];
+            if (corner >= placed.size() || placed[corner])
+                continue;
+            placed[corner] = true;
+            shading.m_Placements[slot].Apply(mesh.m_CornerUVs[corner * 2],
+                                             mesh.m_CornerUVs[corner * 2 + 1]);
+        }
+    }
 }

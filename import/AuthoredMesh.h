@@ -12,10 +12,17 @@ class KFbxNode;
 // Scene nodes by their index in AuthoredScene::m_Nodes.
 using NodeIndex = std::unordered_map<const KFbxNode*, int>;
 
-// Appends the mesh of `node` (at index `index` of out.m_Nodes) to out.m_Meshes. Polygons with a
-// control point out of range are left out; clusters whose bone is not in `nodes` or whose bind
-// matrices are singular are left out; weights are kept positive and normalised per point.
-// Materials' images come through textures (none when null); the corner UVs of a textured
-// material's polygons carry its texture's placement.
-void AddAuthoredMesh(const KFbxNode& node, int index, const NodeIndex& nodes, AuthoredScene& out,
-                     AuthoredTextures* textures);
+// Reads the geometry of the mesh of `node` (at index `index` of the scene's nodes) into
+// `target`: control points, per-corner normals and UVs, triangles by material slot (the node's
+// material count decides the slots) and the skin, whose bind matrices take the node's
+// geometric transform `geometric`. Polygons with a control point out of range are left out;
+// clusters whose bone is not in `nodes` or whose bind matrices are singular are left out;
+// weights are kept positive and normalised per point. False, leaving `target` as it was, for a
+// node without a mesh. It only reads the scene, so it may run beside other readers of it.
+bool ReadAuthoredGeometry(const KFbxNode& node, int index, const NodeIndex& nodes,
+                          const Matrix4& geometric, AuthoredMesh& target);
+
+// Gives a mesh from ReadAuthoredGeometry the node's materials, their images through textures
+// (none when null), and puts each textured material's texture placement on the UVs of its
+// corners.
+void FinishAuthoredMesh(const KFbxNode& node, AuthoredMesh& mesh, AuthoredTextures* textures);

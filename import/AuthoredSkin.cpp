@@ -33,11 +33,9 @@ bool BindMatrix(const KFbxCluster& cluster, const Matrix4& geometric, Matrix4& b
 
 }  // namespace
 
-void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const AuthoredScene& scene,
+void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const Matrix4& geometric,
                       AuthoredMesh& target) {
     const std::size_t pointCount = target.m_Points.size() / 3;
-    const Matrix4 geometric =
-        GeometricTransform(scene.m_Nodes[static_cast<std::size_t>(target.m_Node)]);
     // The clusters that move the mesh, each with its index in m_Clusters.
     std::vector<std::pair<const KFbxCluster*, std::uint32_t>> accepted;
     for (int s = 0; s < mesh.GetDeformerCount(KFbxDeformer::eSKIN); ++s) {

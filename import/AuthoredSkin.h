@@ -8,5 +8,5 @@ class KFbxMesh;
 
 // Fills target's m_Clusters, m_WeightStart and m_Weights from the mesh's skins (nothing for
 // a mesh without one). target.m_Points must hold the control points already.
-void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const AuthoredScene& scene,
+void ReadAuthoredSkin(const KFbxMesh& mesh, const NodeIndex& nodes, const Matrix4& geometric,
                       AuthoredMesh& target);

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <fstream>
+#include <functional>
+#include <future>
 #include <optional>
 
 #include "fbx/sdk/fbxsdk.h"
@@ -224,11 +226,19 @@ void ImportModelFile(const std::string& fileName, Model* model, ModelLook look) 
     std::optional<AuthoredTextureScope> scope;
     if (look == ModelLook::Authored)
         scope.emplace(textures);
+    // The authored meshes' geometry, most of the authored import's work, is read on a second
+    // thread while the classic walk runs; both only read the scene.
+    std::future<std::vector<AuthoredMesh>> meshes;
+    if (look == ModelLook::Authored && context.Scene) {
+        meshes = std::async(std::launch::async, ReadAuthoredMeshes, std::ref(*context.Scene));
+    }
     // LoadModel's copy of the model would be thrown away unseen (a copied texture takes no
     // id): the walk alone fills *model without a second copy of every vertex.
     WalkScene(&context);
-    if (look == ModelLook::Authored && context.Scene)
-        ImportAuthoredScene(*context.Scene, *model, &textures);
+    if (meshes.valid()) {
+        std::vector<AuthoredMesh> read = meshes.get();
+        ImportAuthoredScene(*context.Scene, *model, &textures, &read);
+    }
     context.Manager->Destroy();
     context.Manager = nullptr;
 }
