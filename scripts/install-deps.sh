@@ -6,6 +6,8 @@ set -euo pipefail
 packages=(
   # toolchain
   build-essential cmake pkg-config clang clang-format libclang-rt-14-dev
+  # packaging: dpkg-deb and dpkg-shlibdeps for the Debian package (cpack)
+  dpkg-dev
   # engine libraries
   libxerces-c-dev freeglut3-dev libglu1-mesa-dev libgl-dev libx11-dev libdeflate-dev
   # image decoding (PNG, JPEG, TGA, BMP textures; gdk-pixbuf for run-length encoded BMPs)

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -823,8 +824,20 @@ bool WriteTexture(const fs::path& path, const Image& image) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    constexpr const char* kUsage =
+        "usage: demogen [ROOT]   (writes ROOT/models and ROOT/textures)\n"
+        "       demogen --help | --version\n"
+        "Writes the demo game's models and textures, by default into ./Assets.\n";
+    if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("demogen %s\n", TOOL_VERSION);
+        return 0;
+    }
     if (argc > 2 || (argc == 2 && argv[1][0] == '-')) {
-        std::fprintf(stderr, "usage: demogen [ROOT]   (writes ROOT/models and ROOT/textures)\n");
+        std::fputs(kUsage, stderr);
         return 2;
     }
     const fs::path root = argc == 2 ? fs::path(argv[1]) : fs::path("Assets");

@@ -21,12 +21,17 @@
 
 namespace {
 
+constexpr const char* kUsage =
+    "usage: fbxgen [--preset grid|cube|skinned|character] [--character]\n"
+    "              [--corners N] [--clusters K] [--bones B] [--takes T] [--keys M]\n"
+    "              [--texture FILE] [--embed IMAGE] [--password P]\n"
+    "              [--version 6100|7500] [--ascii|--binary] OUT.fbx\n"
+    "       fbxgen --help | --version\n"
+    "Writes a synthetic FBX file for tests, benchmarks and the demo. --version with a number\n"
+    "picks the file layout; alone it prints fbxgen's version.\n";
+
 void PrintUsage() {
-    std::fprintf(stderr,
-                 "usage: fbxgen [--preset grid|cube|skinned|character] [--character]\n"
-                 "              [--corners N] [--clusters K] [--bones B] [--takes T] [--keys M]\n"
-                 "              [--texture FILE] [--embed IMAGE] [--password P]\n"
-                 "              [--version 6100|7500] [--ascii|--binary] OUT.fbx\n");
+    std::fputs(kUsage, stderr);
 }
 
 // Reads a non-negative whole number no larger than max; false on anything else.
@@ -54,6 +59,16 @@ int main(int argc, char** argv) {
     bool takesGiven = false;
     fbx::CharacterOptions character;
 
+    // Alone, --help and --version tell about the program (--version followed by a number
+    // picks the file layout).
+    if (argc == 2 && std::string(argv[1]) == "--help") {
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (argc == 2 && std::string(argv[1]) == "--version") {
+        std::printf("fbxgen %s\n", TOOL_VERSION);
+        return 0;
+    }
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
         auto value = [&]() -> const char* { return i + 1 < argc ? argv[++i] : nullptr; };
@@ -86,6 +101,7 @@ int main(int argc, char** argv) {
             const char* v = value();
             if (!ParseCount(v, 9999, n) || (n != 6100 && n != 7500)) {
                 std::fprintf(stderr, "fbxgen: --version must be 6100 or 7500\n");
+                PrintUsage();
                 return 2;
             }
             version = static_cast<int>(n);

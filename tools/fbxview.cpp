@@ -97,7 +97,7 @@ const char* ModelArgument(int argc, char** argv, int& status) {
             return nullptr;
         }
         if (!optionsEnd && std::strcmp(argument, "--version") == 0) {
-            std::printf("fbxview %s\n", FBXVIEW_VERSION);
+            std::printf("fbxview %s\n", TOOL_VERSION);
             status = 0;
             return nullptr;
         }

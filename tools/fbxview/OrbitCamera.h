@@ -3,7 +3,7 @@
 // size of the model it framed.
 #pragma once
 
-#include "tools/fbxview/ModelBox.h"
+#include "tools/common/ModelBox.h"
 
 struct OrbitCamera {
     double m_Target[3] = {0.0, 0.0, 0.0};  // the point looked at, in the model's space

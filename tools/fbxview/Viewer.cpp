@@ -10,7 +10,7 @@
 #include "render/AuthoredDraw.h"
 #include "render/Draw.h"
 #include "tools/fbxview/GroundGrid.h"
-#include "tools/fbxview/QuietStdout.h"
+#include "tools/common/QuietStdout.h"
 #include "tools/fbxview/Screenshot.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "model/Model.h"
-#include "tools/fbxview/ModelBox.h"
+#include "tools/common/ModelBox.h"
 #include "tools/fbxview/OrbitCamera.h"
 #include "tools/fbxview/TakePlayback.h"
 

@@ -1,5 +1,5 @@
-// The room a model takes up in the authored look, for framing it in the viewer: the box round
-// its posed meshes and the sphere round that box.
+// The room a model takes up in the authored look, for framing it in the viewer and placing it
+// in a new game: the box round its posed meshes and the sphere round that box.
 #pragma once
 
 #include "model/AuthoredScene.h"

@@ -1,5 +1,5 @@
 // Keeps a stretch of the program's standard output unprinted: the viewer prints fbxinfo's
-// report of the file, not the engine import's console report of it.
+// report of the file and newgame its own lines, not the engine import's console report.
 #pragma once
 
 // While it lives, whatever is written to standard output (the C stream and the descriptor

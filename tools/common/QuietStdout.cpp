@@ -1,4 +1,4 @@
-#include "tools/fbxview/QuietStdout.h"
+#include "tools/common/QuietStdout.h"
 
 #include <fcntl.h>
 #include <unistd.h>

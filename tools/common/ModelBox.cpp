@@ -1,4 +1,4 @@
-#include "tools/fbxview/ModelBox.h"
+#include "tools/common/ModelBox.h"
 
 #include <algorithm>
 #include <cmath>
