@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "fbx/format/ArrayInflater.h"
 #include "fbx/format/BinaryHeader.h"
 #include "fbx/format/Parse.h"
 #include "fbx/format/ParseLimits.h"
@@ -124,6 +125,9 @@ std::vector<std::uint8_t> WidenBytesToInt32(const std::vector<std::uint8_t>& byt
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
+// Compressed arrays that decode to at least this many bytes are decoded beside the parse.
+constexpr std::uint64_t kDecodeBeside = std::uint64_t{1} << 20;
+
 // A record header's fields, before they are checked.
 struct RecordHeader {
     std::uint64_t endOffset = 0;  // 0 in the files of some writers: the contents decide
@@ -150,6 +154,10 @@ public:
 
     // Reads top-level records from offset into root until a null record or the end.
     bool ParseTopLevel(std::size_t pos, Record& root);
+    // Puts the arrays decoded beside the parse in their places. When one of them does not
+    // decode, the tree is cut where the parse would have stopped at it, Error() says why and
+    // the result is false; otherwise `parsed` (what ParseTopLevel returned) stands.
+    bool FinishArrays(Record& root, bool parsed);
 
     const std::string& Error() const { return m_Error; }
 
@@ -242,6 +250,23 @@ private:
     bool InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
                       const ArrayCode& code, const Record& out, std::size_t recordOffset,
                       std::vector<std::uint8_t>& bytes);
+    bool CheckInflate(std::uint32_t byteLength, std::uint32_t count, const ArrayCode& code,
+                      const Record& out, std::size_t recordOffset);
+    // The record at m_Path under root.
+    static Record& RecordAt(Record& root, const std::vector<std::size_t>& path);
+    // Cuts the tree where the parse would have stopped at value `value` of the record at
+    // `path`: that value and everything after it in the file go.
+    static void CutAt(Record& root, const std::vector<std::size_t>& path, std::size_t value);
+
+    // An array decoded beside the parse: where its value is, and what it is.
+    struct PendingArray {
+        std::vector<std::size_t> path;  // child indices from the root to its record
+        std::size_t value = 0;          // its index among the record's values
+        std::size_t job = 0;            // its ArrayInflater job
+        std::uint32_t count = 0;
+        ArrayCode code;
+        std::string where;  // the record, for messages
+    };
 
     const std::uint8_t* m_Data;
     std::size_t m_Size;
@@ -252,6 +277,9 @@ private:
     std::size_t m_Inflated = 0;
     std::unique_ptr<libdeflate_decompressor, DecompressorDeleter> m_Decompressor;
     std::string m_Error;
+    std::vector<std::size_t> m_Path;  // child indices from the root to the record being read
+    std::unique_ptr<ArrayInflater> m_Inflater;
+    std::vector<PendingArray> m_Pending;
 };
 
 // ---- Records -------------------------------------------------------------------------------
@@ -270,6 +298,7 @@ bool BinaryReader::ParseTopLevel(std::size_t pos, Record& root) {
         }
         root.children.emplace_back();
         RecordExtent extent;
+        m_Path.assign(1, root.children.size() - 1);
         if (!ParseRecord(pos, m_Size, false, root.children.back(), 1, extent))
             return false;
         if (!extent.stated) {
@@ -394,8 +423,10 @@ bool BinaryReader::ParseChildren(std::size_t pos, std::size_t first, std::size_t
         }
         out.children.emplace_back();
         RecordExtent extent;
+        m_Path.push_back(out.children.size() - 1);
         if (!ParseRecord(child, end, true, out.children.back(), depth + 1, extent))
             return false;
+        m_Path.pop_back();
         if (extent.end <= child)
             return Fail(Where(pos, out) + " holds a child that does not advance");
         if (!extent.stated) {
@@ -621,6 +652,22 @@ bool BinaryReader::ParseArray(std::size_t& q, std::size_t valuesEnd, const Array
                         std::to_string(byteLength) + " bytes");
         }
         bytes.assign(m_Data + q, m_Data + q + byteLength);
+    } else if (encoding == 1 && expected >= kDecodeBeside) {
+        if (!CheckInflate(byteLength, count, code, out, recordOffset))
+            return false;
+        if (!m_Inflater)
+            m_Inflater = std::make_unique<ArrayInflater>();
+        PendingArray pending;
+        pending.path = m_Path;
+        pending.value = out.values.size();
+        pending.job = m_Inflater->Add(m_Data + q, byteLength, static_cast<std::size_t>(expected));
+        pending.count = count;
+        pending.code = code;
+        pending.where = where();
+        m_Pending.push_back(std::move(pending));
+        q += byteLength;
+        out.values.push_back(Value::MakeArrayFromBytes(code.storedAs, {}));
+        return true;
     } else if (encoding == 1) {
         if (!InflateArray(q, byteLength, count, code, out, recordOffset, bytes))
             return false;
@@ -636,10 +683,11 @@ bool BinaryReader::ParseArray(std::size_t& q, std::size_t valuesEnd, const Array
     return true;
 }
 
-// Decodes a compressed array into bytes, within the ratio and the file's inflate budget.
-bool BinaryReader::InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
-                                const ArrayCode& code, const Record& out, std::size_t recordOffset,
-                                std::vector<std::uint8_t>& bytes) {
+// Whether a compressed array may be decoded: not more elements than its bytes can hold, and
+// within the file's inflate budget, which it then takes its share of.
+bool BinaryReader::CheckInflate(std::uint32_t byteLength, std::uint32_t count,
+                                const ArrayCode& code, const Record& out,
+                                std::size_t recordOffset) {
     auto where = [&] { return Where(recordOffset, out); };
     const std::uint64_t expected = std::uint64_t{count} * code.elementSize;
     // What the array takes once kept (character arrays grow to four bytes an element).
@@ -654,6 +702,66 @@ bool BinaryReader::InflateArray(std::size_t q, std::uint32_t byteLength, std::ui
                     std::to_string(m_InflateBudget) + " bytes in total");
     }
     m_Inflated += static_cast<std::size_t>(kept);
+    return true;
+}
+
+Record& BinaryReader::RecordAt(Record& root, const std::vector<std::size_t>& path) {
+    Record* record = &root;
+    for (std::size_t index : path)
+        record = &record->children[index];
+    return *record;
+}
+
+void BinaryReader::CutAt(Record& root, const std::vector<std::size_t>& path, std::size_t value) {
+    Record* record = &root;
+    for (std::size_t index : path) {
+        record->children.resize(index + 1);
+        record = &record->children[index];
+    }
+    record->values.resize(value);
+    record->children.clear();
+}
+
+bool BinaryReader::FinishArrays(Record& root, bool parsed) {
+    if (!m_Inflater)
+        return parsed;
+    m_Inflater->Finish();
+    for (const PendingArray& pending : m_Pending) {
+        ArrayInflater::Job& job = m_Inflater->At(pending.job);
+        switch (job.outcome) {
+            case ArrayInflater::Outcome::Decoded:
+                break;
+            case ArrayInflater::Outcome::WrongSize:
+                CutAt(root, pending.path, pending.value);
+                return Fail(pending.where + ": a compressed array of " +
+                            std::to_string(pending.count) +
+                            " elements decodes to a different size");
+            case ArrayInflater::Outcome::NoDecoder:
+                CutAt(root, pending.path, pending.value);
+                return Fail("out of memory for the deflate decoder");
+            default:
+                CutAt(root, pending.path, pending.value);
+                return Fail(pending.where + ": a compressed array does not decode");
+        }
+        std::vector<std::uint8_t> bytes = std::move(job.bytes);
+        if (m_BigEndian)
+            SwapElements(bytes.data(), pending.count, pending.code.elementSize);
+        if (pending.code.bytesAsInt32)
+            bytes = WidenBytesToInt32(bytes);
+        RecordAt(root, pending.path).values[pending.value] =
+            Value::MakeArrayFromBytes(pending.code.storedAs, std::move(bytes));
+    }
+    return parsed;
+}
+
+// Decodes a compressed array into bytes, within the ratio and the file's inflate budget.
+bool BinaryReader::InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
+                                const ArrayCode& code, const Record& out, std::size_t recordOffset,
+                                std::vector<std::uint8_t>& bytes) {
+    auto where = [&] { return Where(recordOffset, out); };
+    const std::uint64_t expected = std::uint64_t{count} * code.elementSize;
+    if (!CheckInflate(byteLength, count, code, out, recordOffset))
+        return false;
     bytes.resize(static_cast<std::size_t>(expected));
     if (!m_Decompressor) {
         m_Decompressor.reset(libdeflate_alloc_decompressor());
@@ -692,6 +800,7 @@ ParseResult ParseBinary(const std::uint8_t* data, std::size_t size) {
 
     BinaryReader reader(data, size, fileHeader.bigEndian, fileHeader.version >= 7500);
     result.ok = reader.ParseTopLevel(kBinaryHeaderSize, result.document.root);
+    result.ok = reader.FinishArrays(result.document.root, result.ok);
     if (!result.ok)
         result.error = reader.Error();
     // 5800 files say 3000 in the header; the header record knows the real version.
