@@ -176,10 +176,11 @@ void ColdTable(const std::vector<ColdFile>& files, const std::string& dataDir, i
         "\nStart-up: each import in a new process, median of %d (engine: process start to "
         "\"Finished loading xml.\"; assimp: assimp_import start to exit); peak resident MB\n",
         runs);
-    std::printf("%-24s %7s %9s %8s %9s %8s %8s %8s %9s %8s\n", "file", "MB", "classic", "classic",
-                "authored", "authored", "assimp", "assimp", "classic/", "classic/");
-    std::printf("%-24s %7s %9s %8s %9s %8s %8s %8s %9s %8s\n", "", "", "s", "MB", "s", "MB", "s",
-                "MB", "assimp s", "assimp MB");
+    const char* row = "%-20s %6s %8s %8s %8s %8s %7s %7s %9s %9s %9s %9s\n";
+    std::printf(row, "file", "MB", "classic", "classic", "authored", "authored", "assimp", "assimp",
+                "classic/", "classic/", "authored/", "authored/");
+    std::printf(row, "", "", "s", "MB", "s", "MB", "s", "MB", "assimp s", "assimp MB", "assimp s",
+                "assimp MB");
     for (const ColdFile& file : files) {
         ColdFigures looks[2];
         const char* names[2] = {"classic", "authored"};
@@ -195,16 +196,20 @@ void ColdTable(const std::vector<ColdFile>& files, const std::string& dataDir, i
         const auto mb = [](const ColdFigures& f) {
             return f.m_Ok ? static_cast<double>(f.m_PeakBytes) / 1e6 : -1.0;
         };
+        const auto ratio = [&](const ColdFigures& f, double ours, double theirs) {
+            return Cell(peer.m_Ok && f.m_Ok ? ours / theirs : -1, "%.2f");
+        };
         const ColdFigures& classic = looks[0];
-        std::printf(
-            "%-24s %7.1f %9s %8s %9s %8s %8s %8s %9s %8s\n",
-            (file.m_Scene + " " + file.m_Label).c_str(), static_cast<double>(file.m_Bytes) / 1e6,
-            Cell(seconds(classic), "%.2f").c_str(), Cell(mb(classic), "%.0f").c_str(),
-            Cell(seconds(looks[1]), "%.2f").c_str(), Cell(mb(looks[1]), "%.0f").c_str(),
-            Cell(seconds(peer), "%.2f").c_str(), Cell(mb(peer), "%.0f").c_str(),
-            Cell(peer.m_Ok && classic.m_Ok ? classic.m_Seconds / peer.m_Seconds : -1, "%.2f")
-                .c_str(),
-            Cell(peer.m_Ok && classic.m_Ok ? mb(classic) / mb(peer) : -1, "%.2f").c_str());
+        const ColdFigures& authored = looks[1];
+        std::printf(row, (file.m_Scene + " " + file.m_Label).c_str(),
+                    Cell(static_cast<double>(file.m_Bytes) / 1e6, "%.1f").c_str(),
+                    Cell(seconds(classic), "%.2f").c_str(), Cell(mb(classic), "%.0f").c_str(),
+                    Cell(seconds(authored), "%.2f").c_str(), Cell(mb(authored), "%.0f").c_str(),
+                    Cell(seconds(peer), "%.2f").c_str(), Cell(mb(peer), "%.0f").c_str(),
+                    ratio(classic, classic.m_Seconds, peer.m_Seconds).c_str(),
+                    ratio(classic, mb(classic), mb(peer)).c_str(),
+                    ratio(authored, authored.m_Seconds, peer.m_Seconds).c_str(),
+                    ratio(authored, mb(authored), mb(peer)).c_str());
         std::fflush(stdout);
     }
 }
