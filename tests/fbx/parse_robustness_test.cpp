@@ -97,6 +97,42 @@ TEST(Robustness, HugeDeclaredCountsAreCheckedBeforeAllocating) {
     EXPECT_LT(usage.ru_maxrss - before, 64 * 1024);
 }
 
+// Arrays of a megabyte and more are decoded beside the parse: each still lands in its place,
+// and a damaged one stops the file where it is, whatever follows.
+TEST(Robustness, LargeArraysKeepTheirPlaceAndADamagedOneEndsTheFileThere) {
+    const BinaryBuilder b(7500);
+    std::vector<double> big(200000);
+    for (std::size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<double>(i % 1000) * 0.5;
+    Node a("A"), damaged("B"), c("C"), objects("Objects"), after("After");
+    b.Scalar(a, 'I', 7);
+    b.Array(a, 'd', big, true);
+    b.Scalar(damaged, 'I', 1);
+    // 300,000 ints promised, 4 bytes fewer compressed.
+    b.RawArray(damaged, 'i', 300000, 1, BinaryBuilder::Compress(Bytes(1199996, 1)));
+    b.Scalar(c, 'I', 3);
+    b.Scalar(after, 'I', 4);
+    for (bool damage : {false, true}) {
+        objects.children = damage ? std::vector<Node>{a, damaged, c} : std::vector<Node>{a, c};
+        const fbx::ParseResult r = Parse(b.Build({objects, after}));
+        const fbx::Record& root = r.document.root;
+        ASSERT_EQ(root.children.size(), damage ? 1u : 2u) << r.error;
+        const fbx::Record& read = root.children[0];
+        ASSERT_EQ(read.children.size(), 2u);
+        ASSERT_EQ(read.children[0].values.size(), 2u);
+        const fbx::Value& array = read.children[0].values[1];
+        ASSERT_EQ(array.Count(), big.size());
+        EXPECT_EQ(array.DoubleAt(1999), big[1999]);
+        EXPECT_EQ(r.ok, !damage);
+        if (damage) {
+            EXPECT_EQ(read.children[1].name, "B");
+            EXPECT_EQ(read.children[1].values.size(), 1u);
+            EXPECT_NE(r.error.find("\"B\""), std::string::npos) << r.error;
+            EXPECT_NE(r.error.find("different size"), std::string::npos) << r.error;
+        }
+    }
+}
+
 TEST(Robustness, RecordOffsetsAreCheckedAgainstParentAndFile) {
     const BinaryBuilder b(7400);
     Node child("Child"), parent("Parent");
