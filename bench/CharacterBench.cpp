@@ -20,7 +20,7 @@ CharacterCrowd::CharacterCrowd(const std::string& modelPath, ModelLook look, int
     : m_Look(look) {
     Model prototype;
     {
-        StdoutSilencer quiet;
+        QuietStdout quiet;
         ImportModelFile(modelPath, &prototype, look);
     }
     if (prototype.m_Authored) {

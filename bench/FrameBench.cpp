@@ -37,7 +37,7 @@ bool OpenFrameWindow(int& argc, char** argv) {
 
 FrameScene::FrameScene(const std::string& modelPath, int copies) : m_Copies(copies) {
     {
-        StdoutSilencer quiet;
+        QuietStdout quiet;
         ImportModelFile(modelPath, &m_Prototype);
     }
     for (const auto& entry : m_Prototype.m_Meshes) {

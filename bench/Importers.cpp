@@ -2,32 +2,12 @@
 
 #include <assimp/cimport.h>
 #include <assimp/scene.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdio>
 
 #include "fbx/sdk/fbxsdk.h"
 #include "import/SceneImport.h"
 #include "model/Model.h"
-
-StdoutSilencer::StdoutSilencer() {
-    std::fflush(stdout);
-    m_Saved = dup(STDOUT_FILENO);
-    const int null = open("/dev/null", O_WRONLY);
-    if (null >= 0) {
-        dup2(null, STDOUT_FILENO);
-        close(null);
-    }
-}
-
-StdoutSilencer::~StdoutSilencer() {
-    std::fflush(stdout);
-    if (m_Saved >= 0) {
-        dup2(m_Saved, STDOUT_FILENO);
-        close(m_Saved);
-    }
-}
 
 namespace {
 

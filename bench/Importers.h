@@ -6,18 +6,9 @@
 #include <memory>
 #include <string>
 
-// Standard output goes to /dev/null while one of these lives (the engine's import reports
-// its progress there); restored, after a flush, when it goes.
-class StdoutSilencer {
-public:
-    StdoutSilencer();
-    ~StdoutSilencer();
-    StdoutSilencer(const StdoutSilencer&) = delete;
-    StdoutSilencer& operator=(const StdoutSilencer&) = delete;
-
-private:
-    int m_Saved = -1;
-};
+// The engine's import reports its progress on standard output: QuietStdout keeps it out of
+// the benchmark's tables.
+#include "tools/common/QuietStdout.h"
 
 // What one import produced, released when it goes, so that benchmarks can leave the
 // tear-down out of the timing. Size() counts what was read (corners, nodes or faces) and is

@@ -37,7 +37,7 @@ int RunPeakMemoryChild(const std::string& which, const std::string& path) {
         return 2;
     std::size_t size = 0;
     {
-        StdoutSilencer quiet;
+        QuietStdout quiet;
         size = import(path)->Size();
     }
     const long after = StatusKb("VmHWM");

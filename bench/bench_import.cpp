@@ -101,7 +101,7 @@ void Parse(benchmark::State& state, const Loaded* input) {
 // One import per iteration; what it produced is released outside the timing (a state keeps
 // its models for the life of the game).
 void ImportFile(benchmark::State& state, const BenchFile* file, ImportFunction import) {
-    StdoutSilencer quiet;
+    QuietStdout quiet;
     for (auto _ : state) {
         std::unique_ptr<Imported> result = import(file->m_Path);
         if (result->Size() == 0) {

@@ -136,34 +136,7 @@ void EngineSession::Hold(const std::string& key, double seconds) const {
 }
 
 WindowPicture EngineSession::Capture() const {
-    WindowPicture picture;
-    Display* display = XOpenDisplay(nullptr);
-    if (display == nullptr) {
-        return picture;
-    }
-    XWindowAttributes attributes{};
-    XImage* image = nullptr;
-    if (XGetWindowAttributes(display, m_Window, &attributes) != 0 && attributes.width > 0 &&
-        attributes.height > 0) {
-        image = XGetImage(display, m_Window, 0, 0, static_cast<unsigned>(attributes.width),
-                          static_cast<unsigned>(attributes.height), AllPlanes, ZPixmap);
-    }
-    if (image != nullptr) {
-        picture.m_Width = attributes.width;
-        picture.m_Height = attributes.height;
-        for (int y = 0; y < picture.m_Height; ++y) {
-            for (int x = 0; x < picture.m_Width; ++x) {
-                // The display is 24-bit true colour, as the tests' Xvfb gives: 8 bits each.
-                const unsigned long pixel = XGetPixel(image, x, y);
-                for (int shift : {16, 8, 0}) {
-                    picture.m_Rgb.push_back(static_cast<unsigned char>(pixel >> shift));
-                }
-            }
-        }
-        XDestroyImage(image);
-    }
-    XCloseDisplay(display);
-    return picture;
+    return CaptureWindow(m_Window);
 }
 
 WindowPicture EngineSession::StablePicture() const {

@@ -16,6 +16,10 @@ struct WindowPicture {
     }
 };
 
+// The window's picture as the X display shows it (24-bit true colour, as the tests' Xvfb
+// gives); empty when there is no display or no such window.
+WindowPicture CaptureWindow(unsigned long window);
+
 // A pixel counts as lit when one of its channels reaches this; the demo's night-sky backdrops
 // stay below it and its models, facing the light, rise above it.
 constexpr int kLitLevel = 128;

@@ -12,10 +12,6 @@
 
 #include "engine_session.h"
 
-// Last: Xlib's macros would clash with names in the headers above.
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
-
 namespace {
 
 using ::testing::EndsWith;
@@ -54,35 +50,6 @@ Finished RunWithoutDisplay(const ScratchDir& dir, const std::string& command) {
                                        .c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadWholeFile(dir.Root() / "out.txt"),
             ReadWholeFile(dir.Root() / "err.txt")};
-}
-
-// The window's current picture; empty if it cannot be read.
-WindowPicture Capture(unsigned long window) {
-    WindowPicture picture;
-    Display* display = XOpenDisplay(nullptr);
-    if (display == nullptr) {
-        return picture;
-    }
-    XWindowAttributes attributes{};
-    if (XGetWindowAttributes(display, window, &attributes) != 0 && attributes.width > 0 &&
-        attributes.height > 0) {
-        if (XImage* image = XGetImage(display, window, 0, 0, unsigned(attributes.width),
-                                      unsigned(attributes.height), AllPlanes, ZPixmap)) {
-            picture.m_Width = attributes.width;
-            picture.m_Height = attributes.height;
-            for (int y = 0; y < picture.m_Height; ++y) {
-                for (int x = 0; x < picture.m_Width; ++x) {
-                    const unsigned long pixel = XGetPixel(image, x, y);
-                    for (int shift : {16, 8, 0}) {
-                        picture.m_Rgb.push_back(static_cast<unsigned char>(pixel >> shift));
-                    }
-                }
-            }
-            XDestroyImage(image);
-        }
-    }
-    XCloseDisplay(display);
-    return picture;
 }
 
 // One fbxview window on a copy of a corpus file in a scratch folder.
@@ -269,7 +236,7 @@ TEST(FbxviewWindow, ShowsTheFramedModelAndAnswersItsKeys) {
                 StartsWith(RunWithoutDisplay(scratch, FBXINFO_EXECUTABLE " " + file).m_Out));
 
     // Framed: the whole model is seen, and it fills a fair part of the window.
-    const auto capture = [&] { return Capture(run.Window()); };
+    const auto capture = [&] { return CaptureWindow(run.Window()); };
     const WindowPicture start =
         WaitFor(capture, [](const WindowPicture& p) { return ModelCoverage(p).m_Share > 0.05; });
     EXPECT_GT(ModelCoverage(start).m_Share, 0.05);
