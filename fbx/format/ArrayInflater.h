@@ -13,6 +13,8 @@
 #include <thread>
 #include <vector>
 
+#include "fbx/format/ByteBuffer.h"
+
 namespace fbx {
 
 class ArrayInflater {
@@ -23,8 +25,8 @@ public:
     struct Job {
         const std::uint8_t* source = nullptr;
         std::size_t sourceSize = 0;
-        std::size_t size = 0;             // the decoded size the array header promises
-        std::vector<std::uint8_t> bytes;  // the decoded bytes once Finish has returned
+        std::size_t size = 0;  // the decoded size the array header promises
+        ByteBuffer bytes;      // the decoded bytes once Finish has returned
         Outcome outcome = Outcome::Pending;
     };
 

@@ -175,7 +175,7 @@ private:
         m_Float = true;
     }
 
-    std::vector<std::uint8_t> m_Bytes;
+    ByteBuffer m_Bytes;
     std::size_t m_Count = 0;
     bool m_Float = false;
     bool m_Fits32 = true;

@@ -114,8 +114,8 @@ std::size_t NumericScalarSize(std::uint8_t type) {
     }
 }
 
-std::vector<std::uint8_t> WidenBytesToInt32(const std::vector<std::uint8_t>& bytes) {
-    std::vector<std::uint8_t> wide(bytes.size() * 4);
+ByteBuffer WidenBytesToInt32(const ByteBuffer& bytes) {
+    ByteBuffer wide(bytes.size() * 4);
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         const std::int32_t v = bytes[i];
         std::memcpy(wide.data() + 4 * i, &v, 4);
@@ -249,7 +249,7 @@ private:
                     std::size_t recordOffset, Record& out);
     bool InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
                       const ArrayCode& code, const Record& out, std::size_t recordOffset,
-                      std::vector<std::uint8_t>& bytes);
+                      ByteBuffer& bytes);
     bool CheckInflate(std::uint32_t byteLength, std::uint32_t count, const ArrayCode& code,
                       const Record& out, std::size_t recordOffset);
     // The record at m_Path under root.
@@ -546,7 +546,7 @@ bool BinaryReader::ParsePackedValues(std::size_t pos, std::size_t valuesEnd, std
         return false;
     const std::size_t n = static_cast<std::size_t>(count);
     const std::size_t elementSize = arrayType == ValueType::Int32Array ? 4 : 8;
-    std::vector<std::uint8_t> bytes(n * elementSize);
+    ByteBuffer bytes(n * elementSize);
     PackScalars(pos, n, arrayType, bytes.data());
     out.values.push_back(Value::MakeArrayFromBytes(arrayType, std::move(bytes)));
     return true;
@@ -644,7 +644,7 @@ bool BinaryReader::ParseArray(std::size_t& q, std::size_t valuesEnd, const Array
                     " bytes runs past the record's values");
     }
     const std::uint64_t expected = std::uint64_t{count} * code.elementSize;
-    std::vector<std::uint8_t> bytes;
+    ByteBuffer bytes;
     if (encoding == 0) {
         if (expected != byteLength) {
             return Fail(where() + ": an array of " + std::to_string(count) + " elements of " +
@@ -743,7 +743,7 @@ bool BinaryReader::FinishArrays(Record& root, bool parsed) {
                 CutAt(root, pending.path, pending.value);
                 return Fail(pending.where + ": a compressed array does not decode");
         }
-        std::vector<std::uint8_t> bytes = std::move(job.bytes);
+        ByteBuffer bytes = std::move(job.bytes);
         if (m_BigEndian)
             SwapElements(bytes.data(), pending.count, pending.code.elementSize);
         if (pending.code.bytesAsInt32)
@@ -757,7 +757,7 @@ bool BinaryReader::FinishArrays(Record& root, bool parsed) {
 // Decodes a compressed array into bytes, within the ratio and the file's inflate budget.
 bool BinaryReader::InflateArray(std::size_t q, std::uint32_t byteLength, std::uint32_t count,
                                 const ArrayCode& code, const Record& out, std::size_t recordOffset,
-                                std::vector<std::uint8_t>& bytes) {
+                                ByteBuffer& bytes) {
     auto where = [&] { return Where(recordOffset, out); };
     const std::uint64_t expected = std::uint64_t{count} * code.elementSize;
     if (!CheckInflate(byteLength, count, code, out, recordOffset))

@@ -19,7 +19,7 @@ std::size_t ElementSize(ValueType type) {
 }
 
 template <class T>
-void CopyElements(const std::vector<T>& elements, std::vector<std::uint8_t>& bytes, std::size_t& count) {
+void CopyElements(const std::vector<T>& elements, ByteBuffer& bytes, std::size_t& count) {
     bytes.resize(elements.size() * sizeof(T));
     if (!elements.empty()) {
         std::memcpy(bytes.data(), elements.data(), bytes.size());
@@ -71,7 +71,7 @@ FBX_MAKE_ARRAY(float, ValueType::Float32Array)
 FBX_MAKE_ARRAY(double, ValueType::Float64Array)
 #undef FBX_MAKE_ARRAY
 
-Value Value::MakeArrayFromBytes(ValueType type, std::vector<std::uint8_t> bytes) {
+Value Value::MakeArrayFromBytes(ValueType type, ByteBuffer bytes) {
     Value value;
     const std::size_t size = ElementSize(type);
     if (size == 0) return value;

@@ -17,6 +17,8 @@
 #include <string_view>
 #include <vector>
 
+#include "fbx/format/ByteBuffer.h"
+
 namespace fbx {
 
 enum class ValueType : std::uint8_t {
@@ -58,7 +60,7 @@ public:
     static Value MakeArray(std::vector<double> doubles);
     // An array of the given array type from elements already in host byte order; the byte
     // count must be a multiple of the element size (any rest is dropped).
-    static Value MakeArrayFromBytes(ValueType type, std::vector<std::uint8_t> bytes);
+    static Value MakeArrayFromBytes(ValueType type, ByteBuffer bytes);
 
     ValueType Type() const { return m_Type; }
     bool IsNumber() const;  // scalar bool, integer or float
@@ -91,8 +93,8 @@ private:
         double m_Double;
     };
     std::string m_Text;
-    std::vector<std::uint8_t> m_Bytes;  // array elements, host byte order
-    std::size_t m_Count = 0;            // array element count
+    ByteBuffer m_Bytes;       // array elements, host byte order
+    std::size_t m_Count = 0;  // array element count
 };
 
 struct Record {
