@@ -51,7 +51,7 @@ bool ReadInto(int fd, std::uint8_t* into, std::size_t wanted, std::size_t& got) 
 
 }  // namespace
 
-FileReadResult ReadWholeFile(const std::string& path, std::vector<std::uint8_t>& bytes) {
+FileReadResult ReadWholeFile(const std::string& path, ByteBuffer& bytes) {
     FileReadResult result;
     bytes.clear();
     // Non-blocking, so that opening a FIFO does not wait for a writer.

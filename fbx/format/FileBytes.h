@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "fbx/format/ByteBuffer.h"
+
 namespace fbx {
 
 enum class FileReadStatus {
@@ -26,6 +28,6 @@ struct FileReadResult {
 };
 
 // Replaces bytes with the content of the file at path.
-FileReadResult ReadWholeFile(const std::string& path, std::vector<std::uint8_t>& bytes);
+FileReadResult ReadWholeFile(const std::string& path, ByteBuffer& bytes);
 
 }  // namespace fbx

@@ -62,7 +62,7 @@ ParseResult ParseBuffer(const std::uint8_t* data, std::size_t size) {
 
 ParseResult ParseFile(const std::string& path) {
     ParseResult result;
-    std::vector<std::uint8_t> bytes;
+    ByteBuffer bytes;
     const FileReadResult read = ReadWholeFile(path, bytes);
     if (read.notRegular) {
         result.error = "\"" + path + "\" is not a regular file";

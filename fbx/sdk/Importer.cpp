@@ -143,7 +143,7 @@ bool KFbxImporter::Initialize(const char* fileName) {
         SetError(eUNINITIALIZED_FILENAME, "No file name given");
         return false;
     }
-    std::vector<std::uint8_t> bytes;
+    fbx::ByteBuffer bytes;
     if (!ReadFile(bytes) || !IdentifyFile(bytes))
         return false;
     // Header versions run behind the content in some older writers (3000 for 5800 files), so
@@ -176,7 +176,7 @@ void KFbxImporter::Reset(const char* fileName) {
 
 // The whole file into bytes. A read error part way ends the data early; the parser then
 // reports the file as cut.
-bool KFbxImporter::ReadFile(std::vector<std::uint8_t>& bytes) {
+bool KFbxImporter::ReadFile(fbx::ByteBuffer& bytes) {
     const fbx::FileReadResult read = fbx::ReadWholeFile(m_FileName, bytes);
     if (read.status == fbx::FileReadStatus::CannotOpen) {
         SetError(eFILE_NOT_OPENED, "File not found or cannot be opened: " + m_FileName);
@@ -191,7 +191,7 @@ bool KFbxImporter::ReadFile(std::vector<std::uint8_t>& bytes) {
 
 // Whether the content is FBX, which encoding, and the version a binary header states: a file
 // of another version may use record headers of another size, so it is checked before parsing.
-bool KFbxImporter::IdentifyFile(const std::vector<std::uint8_t>& bytes) {
+bool KFbxImporter::IdentifyFile(const fbx::ByteBuffer& bytes) {
     if (!fbx::LooksLikeFbx(bytes.data(), bytes.size())) {
         SetError(eINVALID_FILE_FORMAT, "Not an FBX file: " + m_FileName);
         return false;

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "fbx/format/ByteBuffer.h"
 #include "fbx/sdk/SceneNode.h"
 
 namespace fbx {
@@ -138,8 +139,8 @@ private:
 
     // The steps of Initialize, in order; each false one has set the error.
     void Reset(const char* fileName);
-    bool ReadFile(std::vector<std::uint8_t>& bytes);
-    bool IdentifyFile(const std::vector<std::uint8_t>& bytes);
+    bool ReadFile(fbx::ByteBuffer& bytes);
+    bool IdentifyFile(const fbx::ByteBuffer& bytes);
     bool TakeParsedVersion(const fbx::ParseResult& parsed);
     bool CheckVersion();
     bool AcceptParse(const fbx::ParseResult& parsed);
