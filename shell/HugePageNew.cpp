@@ -1,38 +1,162 @@
-// The program's own global operator new and delete: large blocks ask the kernel for huge pages.
+// The programs' own global operator new and delete. Blocks of a megabyte and more go on huge
+// pages where they span whole ones, and a helper thread faults their pages in ahead of the
+// code that fills them.
 //
-// Importing a big model writes a few arrays of hundreds of megabytes once each. With 4 KB
-// pages every first touch of a page is a fault, and those faults cost a cold import more than
-// the work itself; on 2 MB pages there are 512 times fewer. Blocks stay ordinary malloc
-// blocks (freed by free); only their page-aligned middle is marked for huge pages, which the
-// kernel honours when transparent huge pages are set to "madvise" or "always".
+// Importing a big model writes a few arrays of many megabytes once each: the file's decoded
+// arrays, the scene built from them, the engine's records built from the scene. A page's first
+// touch costs a fault, and those faults cost a cold import more than the work itself. On 2 MB
+// pages there are 512 times fewer. And while the importer fills a block from its start, the
+// helper asks the kernel for the same block's pages, from its start too (MADV_POPULATE_WRITE,
+// which leaves their contents as they are), so that most of the faults are taken on the other
+// core. Blocks stay ordinary malloc blocks (freed by free); one freed while the helper is at it
+// waits for the chunk in hand, never longer, and the helper forgets it.
 #include <sys/mman.h>
 
+#include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <mutex>
 #include <new>
+#include <system_error>
+#include <thread>
 
 namespace {
 
-constexpr std::size_t kHugePage = std::size_t(2) << 20;
-// Smaller blocks gain little and may share their pages with other blocks.
-constexpr std::size_t kLargeBlock = std::size_t(4) << 20;
+constexpr std::uintptr_t kPage = 4096;
+constexpr std::uintptr_t kHugePage = std::uintptr_t(2) << 20;
+// Smaller blocks are mostly bookkeeping, and many: not worth the helper's while.
+constexpr std::size_t kLargeBlock = std::size_t(1) << 20;
+// How much the helper asks for at a time; a block being freed waits for at most this much.
+constexpr std::uintptr_t kChunk = kHugePage;
+// Blocks waiting for the helper at once; a block that finds the list full is not helped.
+constexpr std::size_t kMaxWaiting = 256;
 
-void AdviseHugePages(void* block, std::size_t size) {
-    const auto begin = reinterpret_cast<std::uintptr_t>(block);
-    const std::uintptr_t first = (begin + kHugePage - 1) & ~(kHugePage - 1);
-    const std::uintptr_t last = (begin + size) & ~(kHugePage - 1);
-    if (last > first)
-        madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+// Whole pages of a block, as addresses: [m_First, m_Last).
+struct PageRange {
+    std::uintptr_t m_First = 0;
+    std::uintptr_t m_Last = 0;
+};
+
+// The pages of `unit` bytes that lie wholly inside the block of `size` bytes at `begin`.
+PageRange InnerPages(std::uintptr_t begin, std::size_t size, std::uintptr_t unit) {
+    return {(begin + unit - 1) & ~(unit - 1), (begin + size) & ~(unit - 1)};
+}
+
+// A large block the helper has not finished: where it starts (its key) and the pages left.
+struct Waiting {
+    const void* m_Block = nullptr;
+    PageRange m_Left;
+};
+
+// The helper thread and the blocks it is to populate, oldest first.
+class PageHelper {
+public:
+    // Queues the whole pages of a new block; starts the helper on the first call.
+    void Add(const void* block, std::size_t size) {
+        const PageRange pages = InnerPages(reinterpret_cast<std::uintptr_t>(block), size, kPage);
+        if (pages.m_Last <= pages.m_First)
+            return;
+        std::lock_guard<std::mutex> lock(m_Mutex);
+        if (!m_Started) {
+            m_Started = true;
+            try {
+                std::thread([this] { Run(); }).detach();
+                m_Running = true;
+            } catch (const std::system_error&) {
+                // No thread to be had: the code that fills a block faults its pages in.
+            }
+        }
+        if (!m_Running || m_Count == kMaxWaiting)
+            return;
+        m_Waiting[m_Count++] = {block, pages};
+        m_Pending.store(m_Count, std::memory_order_release);
+        m_Changed.notify_all();
+    }
+
+    // Forgets `block` before it is freed, waiting while the helper is populating a chunk of it.
+    void Forget(const void* block) {
+        if (m_Pending.load(std::memory_order_acquire) == 0)
+            return;
+        std::unique_lock<std::mutex> lock(m_Mutex);
+        m_Changed.wait(lock, [&] { return m_Busy != block; });
+        for (std::size_t i = 0; i < m_Count; ++i) {
+            if (m_Waiting[i].m_Block == block) {
+                Remove(i);
+                break;
+            }
+        }
+    }
+
+private:
+    // Forever populates the oldest waiting block, a chunk at a time.
+    void Run() {
+        std::unique_lock<std::mutex> lock(m_Mutex);
+        for (;;) {
+            m_Changed.wait(lock, [&] { return m_Count > 0; });
+            const Waiting next = m_Waiting[0];
+            const std::uintptr_t first = next.m_Left.m_First;
+            const std::uintptr_t left = next.m_Left.m_Last - first;
+            const std::uintptr_t length = left < kChunk ? left : kChunk;
+            m_Busy = next.m_Block;
+            lock.unlock();
+            const bool populated =
+                madvise(reinterpret_cast<void*>(first), length, MADV_POPULATE_WRITE) == 0;
+            lock.lock();
+            m_Busy = nullptr;
+            // Forget waits while the block is busy, so it is still the oldest one waiting.
+            Waiting& done = m_Waiting[0];
+            done.m_Left.m_First += length;
+            if (!populated || done.m_Left.m_First >= done.m_Left.m_Last)
+                Remove(0);
+            m_Changed.notify_all();
+        }
+    }
+
+    // Drops entry i of m_Waiting, keeping the others' order. Caller holds the mutex.
+    void Remove(std::size_t i) {
+        for (std::size_t j = i + 1; j < m_Count; ++j)
+            m_Waiting[j - 1] = m_Waiting[j];
+        --m_Count;
+        m_Pending.store(m_Count, std::memory_order_release);
+    }
+
+    std::mutex m_Mutex;
+    std::condition_variable m_Changed;      // a block came or went, or a chunk was done
+    Waiting m_Waiting[kMaxWaiting];         // blocks not yet populated, oldest first
+    std::size_t m_Count = 0;                // how many of m_Waiting are in use
+    std::atomic<std::size_t> m_Pending{0};  // m_Count, for Forget to read without the mutex
+    const void* m_Busy = nullptr;           // the block whose chunk the helper is at
+    bool m_Started = false;                 // a helper thread was asked for
+    bool m_Running = false;                 // and there is one
+};
+
+// Never destroyed: the helper may still be waiting for work when the program exits.
+PageHelper& TheHelper() {
+    alignas(PageHelper) static unsigned char storage[sizeof(PageHelper)];
+    static PageHelper* helper = new (storage) PageHelper();
+    return *helper;
 }
 
 void* Allocate(std::size_t size) {
     void* block = std::malloc(size != 0 ? size : 1);
     if (!block)
         throw std::bad_alloc();
-    if (size >= kLargeBlock)
-        AdviseHugePages(block, size);
+    if (size >= kLargeBlock) {
+        const PageRange huge = InnerPages(reinterpret_cast<std::uintptr_t>(block), size, kHugePage);
+        if (huge.m_Last > huge.m_First)
+            madvise(reinterpret_cast<void*>(huge.m_First), huge.m_Last - huge.m_First,
+                    MADV_HUGEPAGE);
+        TheHelper().Add(block, size);
+    }
     return block;
+}
+
+void Free(void* block) {
+    if (block)
+        TheHelper().Forget(block);
+    std::free(block);
 }
 
 }  // namespace
@@ -46,17 +170,17 @@ void* operator new[](std::size_t size) {
 }
 
 void operator delete(void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 
 void operator delete[](void* block) noexcept {
-    std::free(block);
+    Free(block);
 }
 
 void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
 
 void operator delete[](void* block, std::size_t) noexcept {
-    std::free(block);
+    Free(block);
 }
