@@ -57,7 +57,7 @@ void FaceNormal(const std::vector<float>& points, const std::vector<std::uint32_
     double n[3] = {0.0, 0.0, 0.0};
     for (std::size_t k = 0; k < count; ++k) {
         const float* a = &points[corners[first + k] * 3];
-        const float* b = &points[corners[first + (k + 1) % count] * 3];
+        const float* b = &points[corners[first + (k + 1 < count ? k + 1 : 0)] * 3];
         n[0] += (static_cast<double>(a[1]) - b[1]) * (static_cast<double>(a[2]) + b[2]);
         n[1] += (static_cast<double>(a[2]) - b[2]) * (static_cast<double>(a[0]) + b[0]);
         n[2] += (static_cast<double>(a[0]) - b[0]) * (static_cast<double>(a[1]) + b[1]);
@@ -136,11 +136,14 @@ bool ReadAuthoredGeometry(const KFbxNode& node, int index, const NodeIndex& node
         return slot >= 0 ? static_cast<std::size_t>(slot) : slots - 1;
     };
 
-    // Sizes first, so that every array is made once at its size.
+    // Sizes first, so that every array is made once at its size; each polygon's list is kept
+    // for the second pass.
     std::vector<std::size_t> listSizes(slots, 0);
+    std::vector<std::uint32_t> lists(static_cast<std::size_t>(polygonCount));
     std::size_t corners = 0;
     for (int p = 0; p < polygonCount; ++p) {
         const std::size_t list = listOf(p);
+        lists[static_cast<std::size_t>(p)] = static_cast<std::uint32_t>(list);
         if (list == slots)
             continue;
         const auto size = static_cast<std::size_t>(mesh.GetPolygonSize(p));
@@ -170,7 +173,7 @@ bool ReadAuthoredGeometry(const KFbxNode& node, int index, const NodeIndex& node
         const int size = mesh.GetPolygonSize(p);
         const int first = running;
         running += std::max(0, size);
-        const std::size_t list = listOf(p);
+        const std::size_t list = lists[static_cast<std::size_t>(p)];
         if (list == slots)
             continue;
         const std::size_t base = target.m_CornerPoints.size();
@@ -181,7 +184,8 @@ bool ReadAuthoredGeometry(const KFbxNode& node, int index, const NodeIndex& node
         FaceNormal(target.m_Points, target.m_CornerPoints, base, static_cast<std::size_t>(size),
                    face);
         for (int k = 0; k < size; ++k) {
-            const int cp = mesh.GetPolygonVertex(p, k);
+            const auto cp =
+                static_cast<int>(target.m_CornerPoints[base + static_cast<std::size_t>(k)]);
             const int index = normals ? ElementIndex(*normals, cp, p, first + k) : -1;
             const KFbxVector4 n =
                 index >= 0 ? normals->GetDirectArray().GetAt(index) : KFbxVector4();

@@ -50,7 +50,8 @@ struct Waiting {
     PageRange m_Left;
 };
 
-// The helper thread and the blocks it is to populate, oldest first.
+// The helper thread and the blocks it is to populate: a chunk of each in turn, so that every
+// block being filled gets help.
 class PageHelper {
 public:
     // Queues the whole pages of a new block; starts the helper on the first call.
@@ -90,7 +91,7 @@ public:
     }
 
 private:
-    // Forever populates the oldest waiting block, a chunk at a time.
+    // Forever populates a chunk of the first waiting block.
     void Run() {
         std::unique_lock<std::mutex> lock(m_Mutex);
         for (;;) {
@@ -105,11 +106,15 @@ private:
                 madvise(reinterpret_cast<void*>(first), length, MADV_POPULATE_WRITE) == 0;
             lock.lock();
             m_Busy = nullptr;
-            // Forget waits while the block is busy, so it is still the oldest one waiting.
-            Waiting& done = m_Waiting[0];
+            // Forget waits while the block is busy, so it is still first in line; it goes to
+            // the back with what is left of it.
+            Waiting done = m_Waiting[0];
             done.m_Left.m_First += length;
-            if (!populated || done.m_Left.m_First >= done.m_Left.m_Last)
-                Remove(0);
+            Remove(0);
+            if (populated && done.m_Left.m_First < done.m_Left.m_Last) {
+                m_Waiting[m_Count++] = done;
+                m_Pending.store(m_Count, std::memory_order_release);
+            }
             m_Changed.notify_all();
         }
     }
@@ -124,7 +129,7 @@ private:
 
     std::mutex m_Mutex;
     std::condition_variable m_Changed;      // a block came or went, or a chunk was done
-    Waiting m_Waiting[kMaxWaiting];         // blocks not yet populated, oldest first
+    Waiting m_Waiting[kMaxWaiting];         // blocks not yet populated, next one first
     std::size_t m_Count = 0;                // how many of m_Waiting are in use
     std::atomic<std::size_t> m_Pending{0};  // m_Count, for Forget to read without the mutex
     const void* m_Busy = nullptr;           // the block whose chunk the helper is at

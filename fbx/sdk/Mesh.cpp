@@ -1,13 +1,5 @@
 #include "fbx/sdk/Mesh.h"
 
-KFbxLayerElementUV* KFbxLayer::GetUVs(KFbxLayerElement::ELayerElementType type) const {
-    return type == KFbxLayerElement::eDIFFUSE_TEXTURES ? m_UVs : nullptr;
-}
-
-KFbxLayerElementTexture* KFbxLayer::GetTextures(KFbxLayerElement::ELayerElementType type) const {
-    return type == KFbxLayerElement::eDIFFUSE_TEXTURES ? m_Textures : nullptr;
-}
-
 int* KFbxCluster::GetControlPointIndices() const {
     return m_Indices.empty() ? nullptr : m_Indices.data();
 }
@@ -65,37 +57,8 @@ KFbxVector4 KFbxGeometry::GetControlPointAt(int index) const {
     return m_ControlPoints[static_cast<std::size_t>(index)];
 }
 
-KFbxLayer* KFbxGeometry::GetLayer(int index) const {
-    if (index < 0 || index >= GetLayerCount())
-        return nullptr;
-    return m_Layers[static_cast<std::size_t>(index)].get();
-}
-
 KFbxMesh* KFbxMesh::Create(KFbxSdkManager* manager, const char* name) {
     return manager->Adopt(new KFbxMesh(manager, name));
-}
-
-int KFbxMesh::GetPolygonSize(int polygon) const {
-    if (polygon < 0 || polygon >= GetPolygonCount())
-        return -1;
-    std::size_t p = static_cast<std::size_t>(polygon);
-    int end = p + 1 < m_PolygonStarts.size() ? m_PolygonStarts[p + 1]
-                                             : static_cast<int>(m_Corners.size());
-    return end - m_PolygonStarts[p];
-}
-
-int KFbxMesh::GetPolygonVertexIndex(int polygon) const {
-    if (polygon < 0 || polygon >= GetPolygonCount())
-        return -1;
-    return m_PolygonStarts[static_cast<std::size_t>(polygon)];
-}
-
-int KFbxMesh::GetPolygonVertex(int polygon, int corner) const {
-    int size = GetPolygonSize(polygon);
-    if (size < 0 || corner < 0 || corner >= size)
-        return -1;
-    return m_Corners[static_cast<std::size_t>(m_PolygonStarts[static_cast<std::size_t>(polygon)] +
-                                              corner)];
 }
 
 int KFbxMesh::GetTextureUVIndex(int polygon, int corner,

@@ -92,34 +92,42 @@ public:
 private:
     friend class fbx::SceneBuilder;
 
-    // Takes `count` items, item(n) giving the n-th.
+    // Takes `count` items, item(n) giving the n-th. Floats are tried first, in one pass; the
+    // first item that is not exact as floats starts again with doubles.
     template <class Item>
     void Assign(std::size_t count, Item item) {
-        bool floats = true;
-        bool sameW = true;
-        const double firstW = count > 0 ? item(0)[3] : 1.0;
-        for (std::size_t n = 0; n < count && (floats || sameW); ++n) {
-            const KFbxVector4 v = item(n);
-            for (int k = 0; k < 3; ++k)
-                floats =
-                    floats && static_cast<double>(static_cast<float>(v.mData[k])) == v.mData[k];
-            sameW = sameW && SameBits(v.mData[3], firstW);
-        }
         m_Count = count;
-        m_W = firstW;
-        (floats ? m_Floats.reserve(count * 3) : m_Doubles.reserve(count * 3));
-        if (!sameW)
-            m_Ws.reserve(count);
-        for (std::size_t n = 0; n < count; ++n) {
+        m_W = count > 0 ? item(0)[3] : 1.0;
+        bool sameW = true;
+        m_Floats.resize(count * 3);
+        float* out = m_Floats.data();
+        for (std::size_t n = 0; n < count; ++n, out += 3) {
             const KFbxVector4 v = item(n);
+            bool exact = true;
             for (int k = 0; k < 3; ++k) {
-                if (floats)
-                    m_Floats.push_back(static_cast<float>(v.mData[k]));
-                else
-                    m_Doubles.push_back(v.mData[k]);
+                out[k] = static_cast<float>(v.mData[k]);
+                exact = exact && static_cast<double>(out[k]) == v.mData[k];
             }
-            if (!sameW)
-                m_Ws.push_back(v.mData[3]);
+            if (!exact) {
+                std::vector<float>().swap(m_Floats);
+                break;
+            }
+            sameW = sameW && SameBits(v.mData[3], m_W);
+        }
+        if (m_Floats.empty() && count > 0) {
+            sameW = true;
+            m_Doubles.resize(count * 3);
+            for (std::size_t n = 0; n < count; ++n) {
+                const KFbxVector4 v = item(n);
+                for (int k = 0; k < 3; ++k)
+                    m_Doubles[n * 3 + k] = v.mData[k];
+                sameW = sameW && SameBits(v.mData[3], m_W);
+            }
+        }
+        if (!sameW) {
+            m_Ws.resize(count);
+            for (std::size_t n = 0; n < count; ++n)
+                m_Ws[n] = item(n)[3];
         }
     }
 
@@ -172,11 +180,15 @@ public:
     KFbxLayerElementBinormal* GetBinormals() const { return m_Binormals; }
     KFbxLayerElementTangent* GetTangents() const { return m_Tangents; }
     KFbxLayerElementUV* GetUVs(
-        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const;
+        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const {
+        return type == KFbxLayerElement::eDIFFUSE_TEXTURES ? m_UVs : nullptr;
+    }
     KFbxLayerElementVertexColor* GetVertexColors() const { return m_Colors; }
     KFbxLayerElementMaterial* GetMaterials() const { return m_Materials; }
     KFbxLayerElementTexture* GetTextures(
-        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const;
+        KFbxLayerElement::ELayerElementType type = KFbxLayerElement::eDIFFUSE_TEXTURES) const {
+        return type == KFbxLayerElement::eDIFFUSE_TEXTURES ? m_Textures : nullptr;
+    }
     KFbxLayerElementHole* GetHoles() const { return m_Holes; }
     KFbxLayerElementSmoothing* GetSmoothing() const { return m_Smoothing; }
 
@@ -254,7 +266,11 @@ public:
     KFbxVector4 GetControlPointAt(int index) const;
 
     int GetLayerCount() const { return static_cast<int>(m_Layers.size()); }
-    KFbxLayer* GetLayer(int index) const;
+    KFbxLayer* GetLayer(int index) const {
+        if (index < 0 || index >= GetLayerCount())
+            return nullptr;
+        return m_Layers[static_cast<std::size_t>(index)].get();
+    }
 
 protected:
     KFbxGeometry(KFbxSdkManager* manager, const char* name, EAttributeType type)
@@ -274,15 +290,34 @@ public:
     static KFbxMesh* Create(KFbxSdkManager* manager, const char* name);
     KFbxMesh(KFbxSdkManager* manager, const char* name) : KFbxGeometry(manager, name, eMESH) {}
 
+    // The polygon accessors are inline: importers call them for every corner.
     int GetPolygonCount() const { return static_cast<int>(m_PolygonStarts.size()); }
     // Corners of polygon p; -1 when p is out of range.
-    int GetPolygonSize(int polygon) const;
+    int GetPolygonSize(int polygon) const {
+        if (polygon < 0 || polygon >= GetPolygonCount())
+            return -1;
+        const auto p = static_cast<std::size_t>(polygon);
+        const int end = p + 1 < m_PolygonStarts.size() ? m_PolygonStarts[p + 1]
+                                                       : static_cast<int>(m_Corners.size());
+        return end - m_PolygonStarts[p];
+    }
     // Control-point index of corner k of polygon p; -1 when out of range.
-    int GetPolygonVertex(int polygon, int corner) const;
+    int GetPolygonVertex(int polygon, int corner) const {
+        const int size = GetPolygonSize(polygon);
+        if (size < 0 || corner < 0 || corner >= size)
+            return -1;
+        const auto first =
+            static_cast<std::size_t>(m_PolygonStarts[static_cast<std::size_t>(polygon)]);
+        return m_Corners[first + static_cast<std::size_t>(corner)];
+    }
     // Corners of all polygons together.
     int GetPolygonVertexCount() const { return static_cast<int>(m_Corners.size()); }
     // Index of the first corner of polygon p in the corner list; -1 when out of range.
-    int GetPolygonVertexIndex(int polygon) const;
+    int GetPolygonVertexIndex(int polygon) const {
+        if (polygon < 0 || polygon >= GetPolygonCount())
+            return -1;
+        return m_PolygonStarts[static_cast<std::size_t>(polygon)];
+    }
     // The UV index of a corner for the first layer holding UVs of that kind: through the
     // index array when the UVs are indexed, else the corner's own position; -1 when the
     // corner or UVs are missing.
