@@ -164,6 +164,14 @@ void Free(void* block) {
     std::free(block);
 }
 
+// A sized delete tells a small block from a large one, so small ones skip the helper.
+void Free(void* block, std::size_t size) {
+    if (size >= kLargeBlock)
+        Free(block);
+    else
+        std::free(block);
+}
+
 }  // namespace
 
 void* operator new(std::size_t size) {
@@ -182,10 +190,10 @@ void operator delete[](void* block) noexcept {
     Free(block);
 }
 
-void operator delete(void* block, std::size_t) noexcept {
-    Free(block);
+void operator delete(void* block, std::size_t size) noexcept {
+    Free(block, size);
 }
 
-void operator delete[](void* block, std::size_t) noexcept {
-    Free(block);
+void operator delete[](void* block, std::size_t size) noexcept {
+    Free(block, size);
 }
