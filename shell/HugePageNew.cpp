@@ -1,6 +1,6 @@
 // The programs' own global operator new and delete. Blocks of a megabyte and more go on huge
 // pages where they span whole ones, and a helper thread faults their pages in ahead of the
-// code that fills them.
+// code that fills them; smaller blocks come from a heap that grows in huge pages too.
 //
 // Importing a big model writes a few arrays of many megabytes once each: the file's decoded
 // arrays, the scene built from them, the engine's records built from the scene. A page's first
@@ -10,7 +10,14 @@
 // which leaves their contents as they are), so that most of the faults are taken on the other
 // core. Blocks stay ordinary malloc blocks (freed by free); one freed while the helper is at it
 // waits for the chunk in hand, never longer, and the helper forgets it.
+//
+// The many smaller blocks (a skin's cluster arrays, the file's smaller arrays, record and
+// property lists) come from malloc's heap, which by default grows a little at a time, so that
+// each of its pages is faulted in on its own. Here the heap grows 32 MB at a time and each new
+// stretch asks for huge pages before malloc hands any of it out; all threads share that heap.
+#include <malloc.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <condition_variable>
@@ -32,6 +39,9 @@ constexpr std::size_t kLargeBlock = std::size_t(1) << 20;
 constexpr std::uintptr_t kChunk = kHugePage;
 // Blocks waiting for the helper at once; a block that finds the list full is not helped.
 constexpr std::size_t kMaxWaiting = 256;
+// How much the heap grows by at least; a stretch's huge pages that straddle its end are faulted
+// in small pages, so the longer the stretch the fewer of them.
+constexpr int kHeapStep = 32 << 20;
 
 // Whole pages of a block, as addresses: [m_First, m_Last).
 struct PageRange {
@@ -144,10 +154,38 @@ PageHelper& TheHelper() {
     return *helper;
 }
 
+// The end of the heap when last looked at; 0 before the first allocation.
+std::atomic<std::uintptr_t> g_HeapEnd{0};
+
+// Sets malloc up before the first block: blocks from kLargeBlock on are mapped on their own
+// (and put on huge pages by Allocate), smaller ones come from the one heap, which grows by
+// kHeapStep. Then, after every allocation, asks for huge pages on what the heap grew by.
+void WatchHeap() {
+    const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    std::uintptr_t last = g_HeapEnd.load(std::memory_order_relaxed);
+    if (end == last || !g_HeapEnd.compare_exchange_strong(last, end))
+        return;
+    if (last == 0) {
+        // The first call, before the first block of this operator new: what the heap holds so
+        // far stays as it is.
+        mallopt(M_MMAP_THRESHOLD, static_cast<int>(kLargeBlock));
+        mallopt(M_TOP_PAD, kHeapStep);
+        mallopt(M_ARENA_MAX, 1);
+        return;
+    }
+    // A heap that shrank gave its end back; when it grows again, the new part is advised anew.
+    if (end > last) {
+        const std::uintptr_t from = last & ~(kPage - 1);
+        madvise(reinterpret_cast<void*>(from), end - from, MADV_HUGEPAGE);
+    }
+}
+
 void* Allocate(std::size_t size) {
+    WatchHeap();
     void* block = std::malloc(size != 0 ? size : 1);
     if (!block)
         throw std::bad_alloc();
+    WatchHeap();
     if (size >= kLargeBlock) {
         const PageRange huge = InnerPages(reinterpret_cast<std::uintptr_t>(block), size, kHugePage);
         if (huge.m_Last > huge.m_First)
