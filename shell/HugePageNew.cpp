@@ -42,6 +42,8 @@ constexpr std::size_t kMaxWaiting = 256;
 // How much the heap grows by at least; a stretch's huge pages that straddle its end are faulted
 // in small pages, so the longer the stretch the fewer of them.
 constexpr int kHeapStep = 32 << 20;
+// malloc's own ceiling for its mapping threshold.
+constexpr std::size_t kMaxMapThreshold = std::size_t(32) << 20;
 
 // Whole pages of a block, as addresses: [m_First, m_Last).
 struct PageRange {
@@ -158,8 +160,9 @@ PageHelper& TheHelper() {
 std::atomic<std::uintptr_t> g_HeapEnd{0};
 
 // Sets malloc up before the first block: blocks from kLargeBlock on are mapped on their own
-// (and put on huge pages by Allocate), smaller ones come from the one heap, which grows by
-// kHeapStep. Then, after every allocation, asks for huge pages on what the heap grew by.
+// (and put on huge pages by Allocate) until FollowFreed raises that, smaller ones come from the
+// one heap, which grows by kHeapStep. Then, after every allocation, asks for huge pages on what
+// the heap grew by.
 void WatchHeap() {
     const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
     std::uintptr_t last = g_HeapEnd.load(std::memory_order_relaxed);
@@ -196,9 +199,29 @@ void* Allocate(std::size_t size) {
     return block;
 }
 
+// The size from which malloc maps a block on its own.
+std::atomic<std::size_t> g_MapThreshold{kLargeBlock};
+
+// malloc's own rule, which setting the heap's growth turns off: a freed block that was mapped
+// on its own raises the mapping threshold to its size (up to kMaxMapThreshold), so that a
+// program freeing and making blocks of that size again reuses the heap rather than mapping and
+// faulting in fresh memory each time.
+void FollowFreed(std::size_t size) {
+    std::size_t threshold = g_MapThreshold.load(std::memory_order_relaxed);
+    while (size > threshold && size <= kMaxMapThreshold) {
+        if (g_MapThreshold.compare_exchange_weak(threshold, size)) {
+            mallopt(M_MMAP_THRESHOLD, static_cast<int>(size));
+            mallopt(M_TRIM_THRESHOLD, static_cast<int>(2 * size));
+            return;
+        }
+    }
+}
+
 void Free(void* block) {
-    if (block)
+    if (block) {
         TheHelper().Forget(block);
+        FollowFreed(malloc_usable_size(block));
+    }
     std::free(block);
 }
 
