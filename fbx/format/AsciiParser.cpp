@@ -1,7 +1,9 @@
 // The ASCII FBX parser: `Name: value, value, ... { children }` records, comments, quoted
 // strings, bare words, numbers and the `*N { a: ... }` arrays of 7000+ files.
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -34,6 +36,16 @@ bool IsNameChar(char c) {
 bool IsNumberChar(char c) {
     return IsDigit(c) || IsAlpha(c) || c == '.' || c == '-' || c == '+' || c == '#';
 }
+
+// What a byte is to the scan of a run of plain numbers: 0 ends the run, 1 can be part of a
+// number or the space between them, 2 is a comma.
+constexpr std::array<std::uint8_t, 256> kRunBytes = [] {
+    std::array<std::uint8_t, 256> kinds{};
+    for (const char c : std::string_view("0123456789.-+eE \t\r\n"))
+        kinds[static_cast<unsigned char>(c)] = 1;
+    kinds[static_cast<unsigned char>(',')] = 2;
+    return kinds;
+}();
 
 bool EqualsNoCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size())
@@ -397,12 +409,10 @@ bool AsciiReader::ParseNumberRun(Record& record) {
     std::size_t commas = 0;
     const char* runEnd = m_Cur;
     for (; runEnd < m_End; ++runEnd) {
-        const char ch = *runEnd;
-        if (ch == ',')
-            ++commas;
-        else if (!IsDigit(ch) && ch != '.' && ch != '-' && ch != '+' && ch != 'e' && ch != 'E' &&
-                 !IsSpace(ch))
+        const std::uint8_t kind = kRunBytes[static_cast<unsigned char>(*runEnd)];
+        if (kind == 0)
             break;
+        commas += kind >> 1;
     }
     if (commas < kPackThreshold)
         return false;
