@@ -156,35 +156,35 @@ PageHelper& TheHelper() {
     return *helper;
 }
 
-// The end of the heap when last looked at; 0 before the first allocation.
+// The end of the heap when last looked at.
 std::atomic<std::uintptr_t> g_HeapEnd{0};
 
-// Sets malloc up before the first block: blocks from kLargeBlock on are mapped on their own
-// (and put on huge pages by Allocate) until FollowFreed raises that, smaller ones come from the
-// one heap, which grows by kHeapStep. Then, after every allocation, asks for huge pages on what
-// the heap grew by.
+// Sets malloc up, once, before the first block of this operator new: blocks from kLargeBlock on
+// are mapped on their own (and put on huge pages by Allocate) until FollowFreed raises that,
+// smaller ones come from the one heap, which grows by kHeapStep. What the heap holds so far
+// stays as it is.
+bool SetUpHeap() {
+    mallopt(M_MMAP_THRESHOLD, static_cast<int>(kLargeBlock));
+    mallopt(M_TOP_PAD, kHeapStep);
+    mallopt(M_ARENA_MAX, 1);
+    g_HeapEnd.store(reinterpret_cast<std::uintptr_t>(sbrk(0)));
+    return true;
+}
+
+// Asks for huge pages on what the heap grew by since it was last looked at. A heap that shrank
+// gave its end back; when it grows again, the new part is advised anew.
 void WatchHeap() {
     const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
     std::uintptr_t last = g_HeapEnd.load(std::memory_order_relaxed);
-    if (end == last || !g_HeapEnd.compare_exchange_strong(last, end))
+    if (end == last || !g_HeapEnd.compare_exchange_strong(last, end) || end < last)
         return;
-    if (last == 0) {
-        // The first call, before the first block of this operator new: what the heap holds so
-        // far stays as it is.
-        mallopt(M_MMAP_THRESHOLD, static_cast<int>(kLargeBlock));
-        mallopt(M_TOP_PAD, kHeapStep);
-        mallopt(M_ARENA_MAX, 1);
-        return;
-    }
-    // A heap that shrank gave its end back; when it grows again, the new part is advised anew.
-    if (end > last) {
-        const std::uintptr_t from = last & ~(kPage - 1);
-        madvise(reinterpret_cast<void*>(from), end - from, MADV_HUGEPAGE);
-    }
+    const std::uintptr_t from = last & ~(kPage - 1);
+    madvise(reinterpret_cast<void*>(from), end - from, MADV_HUGEPAGE);
 }
 
 void* Allocate(std::size_t size) {
-    WatchHeap();
+    static const bool heapSetUp = SetUpHeap();
+    static_cast<void>(heapSetUp);
     void* block = std::malloc(size != 0 ? size : 1);
     if (!block)
         throw std::bad_alloc();
